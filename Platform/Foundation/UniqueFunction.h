@@ -1,0 +1,46 @@
+#pragma once
+
+#include <concepts>
+#include <memory>
+#include <type_traits>
+#include <utility>
+
+namespace teralune {
+
+template<class Signature>
+class UniqueFunction;
+
+/// A callable that is owned once and may own move-only things, so that "runs exactly once" can be said with
+/// the type: whoever calls it has taken it from whoever held it.
+template<class R, class... Arguments>
+class UniqueFunction<R(Arguments...)> {
+public:
+    UniqueFunction() = default;
+    UniqueFunction(std::nullptr_t) {}
+
+    template<class Callable>
+    requires(!std::same_as<std::remove_cvref_t<Callable>, UniqueFunction> &&
+             std::is_invocable_r_v<R, std::decay_t<Callable>&, Arguments...>)
+        UniqueFunction(Callable&& callable)
+        : held_(std::make_unique<Holder<std::decay_t<Callable>>>(std::forward<Callable>(callable))) {}
+
+    R operator()(Arguments... arguments) { return held_->call(std::forward<Arguments>(arguments)...); }
+    explicit operator bool() const { return held_ != nullptr; }
+
+private:
+    struct Base {
+        virtual ~Base() = default;
+        virtual R call(Arguments... arguments) = 0;
+    };
+    template<class Callable>
+    struct Holder final : Base {
+        template<class From>
+        explicit Holder(From&& from) : callable(std::forward<From>(from)) {}
+        R call(Arguments... arguments) override { return callable(std::forward<Arguments>(arguments)...); }
+        Callable callable;
+    };
+
+    std::unique_ptr<Base> held_;
+};
+
+} // namespace teralune

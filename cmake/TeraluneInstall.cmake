@@ -1,0 +1,1 @@
+# Filled with the install rules and the package config.
