@@ -1,0 +1,84 @@
+#pragma once
+
+#include "Platform/Foundation/UniqueFunction.h"
+#include "Platform/Http/DataResponse.h"
+#include "Platform/Http/HttpTransport.h"
+
+#include <boost/json/value.hpp>
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace teralune {
+
+class SessionManager;
+
+/// A request that was sent. Dropping the handle cancels it: its handler is then told the error -999, unless
+/// it has ended already. detach() lets it run on without a handle. Usable from any thread.
+class [[nodiscard]] RequestHandle {
+public:
+    RequestHandle() = default;
+    RequestHandle(RequestHandle&&) noexcept = default;
+    RequestHandle& operator=(RequestHandle&& other) noexcept;
+    ~RequestHandle();
+
+    void cancel();
+    void detach();
+
+private:
+    friend class DataRequest;
+    class Running;
+    explicit RequestHandle(std::weak_ptr<Running> running);
+    std::weak_ptr<Running> running_;
+};
+
+/// A request in preparation, made by a SessionManager. A response… operation ends the preparation and sends
+/// it:
+///
+///     manager.request(url, HttpMethod::get).validate().responseString(handler).detach();
+///
+/// Every handler runs exactly once, on the main queue, never inside the call, also after a cancel and after
+/// the session manager is gone. A request without a response operation is not sent.
+class [[nodiscard]] DataRequest {
+public:
+    DataRequest(DataRequest&&) noexcept;
+    DataRequest& operator=(DataRequest&&) noexcept;
+    ~DataRequest();
+
+    /// The absolute URL with its query; empty when it has none.
+    const std::string& absoluteURL() const;
+
+    /// Fails a reply whose status is not 200 to 299 or whose content type the Accept header does not admit.
+    DataRequest&& validate() &&;
+    /// A failure of this request is final: the retrier is not asked.
+    DataRequest&& withoutRetrier() &&;
+    DataRequest&& inLane(TransferLane lane) &&;
+
+    template<class T>
+    using Handler = UniqueFunction<void(DataResponse<T>)>;
+
+    /// The outcome alone.
+    RequestHandle response(Handler<void> handler) &&;
+    /// The bytes.
+    RequestHandle responseData(Handler<std::string> handler) &&;
+    /// The text, by the charset of the content type; without one UTF-8, and ISO 8859-1 where it is not UTF-8.
+    /// Always valid UTF-8.
+    RequestHandle responseString(Handler<std::string> handler) &&;
+    /// The parsed text, fragments allowed. An empty body is an error, but for statuses 204 and 205 (null).
+    RequestHandle responseJSON(Handler<boost::json::value> handler) &&;
+    /// A JSON object mapped to a record by the mapper, which returns no value where that is impossible. Runs
+    /// on the delegate queue.
+    template<class T>
+    RequestHandle responseObject(std::optional<T> (*mapper)(const boost::json::object&),
+                                 Handler<T> handler) &&;
+
+private:
+    friend class SessionManager;
+    struct Plan;
+    explicit DataRequest(std::unique_ptr<Plan> plan);
+
+    std::unique_ptr<Plan> plan_;
+};
+
+} // namespace teralune
