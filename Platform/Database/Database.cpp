@@ -1,0 +1,142 @@
+#include "Platform/Database/Database.h"
+
+#include "Platform/Database/DatabaseError.h"
+#include "Platform/Database/PrivateFile.h"
+#include "Platform/Database/StatementCache.h"
+
+#include <SQLiteCpp/Database.h>
+#include <SQLiteCpp/Exception.h>
+#include <new>
+#include <sqlite3.h>
+#include <string>
+
+namespace teralune {
+
+// The connection itself is SQLiteCpp's. Statements are prepared, bound and read through SQLite's own calls:
+// the wrapper's column objects cost an atomic reference count for each value read, which a list of twenty
+// thousand notes feels.
+struct Database::State {
+    explicit State(const Options& options, int flags)
+        : connection(options.file.string(), flags, static_cast<int>(options.busyTimeout.count())) {}
+
+    SQLite::Database connection;
+    StatementCache statements; // finalized before the connection closes
+    bool hasWriteAheadLog = false;
+};
+
+namespace {
+
+// synchronous=NORMAL may lose the latest commits in a power loss, but never mixes them: the next refresh
+// brings them back. secure_delete is named because distributions build SQLite with different defaults; FAST
+// wipes what costs no extra writing, and the notebook vacuums the file when it is emptied.
+constexpr const char* commonSettings = "PRAGMA temp_store=MEMORY;"
+                                       "PRAGMA cache_size=-8000;"
+                                       "PRAGMA mmap_size=0;"
+                                       "PRAGMA cell_size_check=ON;";
+constexpr const char* writerSettings = "PRAGMA synchronous=NORMAL;"
+                                       "PRAGMA foreign_keys=ON;"
+                                       "PRAGMA journal_size_limit=5242880;"
+                                       "PRAGMA secure_delete=FAST;";
+
+} // namespace
+
+Database::Database(std::unique_ptr<State> state) : state_(std::move(state)) {}
+Database::~Database() = default;
+Database::Database(Database&&) noexcept = default;
+Database& Database::operator=(Database&&) noexcept = default;
+
+Result<Database> Database::open(const Options& options) {
+    const bool writes = options.access == Access::readWrite;
+    if (writes) {
+        if (Result<void> file = makePrivateFile(options.file); !file) {
+            return file.error();
+        }
+    }
+    // The callers lock, so the connection need not do so again at each column.
+    const int access = writes ? SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE : SQLite::OPEN_READONLY;
+    std::unique_ptr<State> state;
+    try {
+        state = std::make_unique<State>(options, access | SQLite::OPEN_NOMUTEX);
+    } catch (const SQLite::Exception& exception) {
+        Error error = databaseError(exception.getExtendedErrorCode(), nullptr);
+        error.localizedDescription = exception.what();
+        return error;
+    } catch (const std::bad_alloc&) {
+        return databaseError(SQLITE_NOMEM, nullptr);
+    }
+    sqlite3* const handle = state->connection.getHandle();
+    sqlite3_extended_result_codes(handle, 1);
+    sqlite3_db_config(handle, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+    sqlite3_db_config(handle, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+
+    Database database(std::move(state));
+    if (Result<void> settings = database.execute(commonSettings); !settings) {
+        return settings.error();
+    }
+    Statement journal =
+        database.statement(writes ? "PRAGMA journal_mode=WAL" : "PRAGMA journal_mode", Reuse::once);
+    while (journal.nextRow()) {
+        database.state_->hasWriteAheadLog = journal.text(0) == "wal";
+    }
+    if (Result<void> read = journal.result(); !read) {
+        return read.error();
+    }
+    if (writes) {
+        if (Result<void> settings = database.execute(writerSettings); !settings) {
+            return settings.error();
+        }
+    }
+    return database;
+}
+
+Result<void> Database::execute(std::string_view script) {
+    const int code = state_->connection.tryExec(std::string(script).c_str());
+    if (code != SQLITE_OK) {
+        return databaseError(sqlite3_extended_errcode(state_->connection.getHandle()),
+                             state_->connection.getHandle());
+    }
+    return {};
+}
+
+Statement Database::statement(std::string_view sql, Reuse reuse) {
+    StatementCache* const cache = reuse == Reuse::kept ? &state_->statements : nullptr;
+    if (cache != nullptr) {
+        if (sqlite3_stmt* const idle = cache->take(sql)) {
+            return {idle, cache, std::nullopt};
+        }
+    }
+    sqlite3* const handle = state_->connection.getHandle();
+    sqlite3_stmt* prepared = nullptr;
+    const int code =
+        sqlite3_prepare_v3(handle, sql.data(), static_cast<int>(sql.size()),
+                           reuse == Reuse::kept ? SQLITE_PREPARE_PERSISTENT : 0, &prepared, nullptr);
+    if (code != SQLITE_OK) {
+        return {nullptr, nullptr, databaseError(code, handle)};
+    }
+    return {prepared, cache, std::nullopt};
+}
+
+Result<std::int64_t> Database::integer(std::string_view sql) {
+    Statement query = statement(sql);
+    if (query.nextRow()) {
+        return query.integer(0);
+    }
+    if (Result<void> result = query.result(); !result) {
+        return result.error();
+    }
+    return databaseError(SQLITE_DONE, nullptr);
+}
+
+bool Database::isInTransaction() const {
+    return sqlite3_get_autocommit(state_->connection.getHandle()) == 0;
+}
+
+bool Database::hasWriteAheadLog() const {
+    return state_->hasWriteAheadLog;
+}
+
+std::int64_t Database::lastInsertedRowID() const {
+    return sqlite3_last_insert_rowid(state_->connection.getHandle());
+}
+
+} // namespace teralune

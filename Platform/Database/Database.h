@@ -1,0 +1,59 @@
+#pragma once
+
+#include "Platform/Database/Statement.h"
+#include "Platform/Foundation/Result.h"
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <string_view>
+
+namespace teralune {
+
+/// One connection to an SQLite file, used by one thread at a time; whoever shares it locks it. Nothing here
+/// throws: what fails gives an Error of databaseErrorDomain.
+///
+/// A connection that may write makes the file (mode 0600) and its folder (0700) when they are missing, keeps
+/// a write-ahead log, checks foreign keys and does not trust the file's schema: no function with side effects
+/// runs from it, and it can't be damaged through SQL.
+class Database {
+public:
+    enum class Access { readWrite, readOnly };
+    /// Whether a statement is worth keeping prepared for the next use of the same SQL.
+    enum class Reuse { kept, once };
+
+    struct Options {
+        std::filesystem::path file;
+        Access access = Access::readWrite;
+        /// How long to wait for another process that holds the file.
+        std::chrono::milliseconds busyTimeout{5000};
+    };
+
+    static Result<Database> open(const Options& options);
+    ~Database();
+    Database(Database&&) noexcept;
+    Database& operator=(Database&&) noexcept;
+
+    /// Runs one or more statements without parameters and drops their rows.
+    Result<void> execute(std::string_view script);
+    /// SQL that can't be prepared gives a statement that has failed.
+    Statement statement(std::string_view sql, Reuse reuse = Reuse::kept);
+    /// The first column of the first row; no row is an error.
+    Result<std::int64_t> integer(std::string_view sql);
+
+    /// After some errors (a full disk, no memory) SQLite has rolled back by itself: what runs next would be
+    /// committed on its own.
+    bool isInTransaction() const;
+    /// False where the file system can't have a write-ahead log. Readers and the writer then wait for each
+    /// other.
+    bool hasWriteAheadLog() const;
+    std::int64_t lastInsertedRowID() const;
+
+private:
+    struct State;
+    explicit Database(std::unique_ptr<State> state);
+    std::unique_ptr<State> state_;
+};
+
+} // namespace teralune

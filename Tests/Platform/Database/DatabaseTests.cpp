@@ -1,0 +1,161 @@
+#include "Platform/Database/Database.h"
+#include "Platform/Database/DatabaseError.h"
+#include "Platform/Database/Transaction.h"
+
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace teralune {
+namespace {
+
+using std::filesystem::perms;
+
+class DatabaseTests : public testing::Test {
+protected:
+    DatabaseTests() { std::filesystem::remove_all(folder_); }
+    ~DatabaseTests() override { std::filesystem::remove_all(folder_); }
+
+    Result<Database> open(Database::Access access = Database::Access::readWrite) {
+        return Database::open({.file = file_, .access = access, .busyTimeout = std::chrono::milliseconds(0)});
+    }
+    Database opened() {
+        Result<Database> database = open();
+        EXPECT_TRUE(database) << (database ? "" : database.error().localizedDescription);
+        return std::move(database).value();
+    }
+
+    const std::filesystem::path folder_ =
+        std::filesystem::temp_directory_path() /
+        (std::string("teralune-database-") + testing::UnitTest::GetInstance()->current_test_info()->name());
+    const std::filesystem::path file_ = folder_ / "deep" / "store.sqlite";
+};
+
+TEST_F(DatabaseTests, texts_come_back_byte_for_byte_and_an_empty_one_is_not_absent) {
+    Database database = opened();
+    ASSERT_TRUE(database.execute("CREATE TABLE texts(id INTEGER PRIMARY KEY, value TEXT)"));
+    const std::vector<std::optional<std::string>> values{std::string("a\0b", 3), "", std::nullopt,
+                                                         "\xF0\x9F\x90\xA2", std::string(1 << 20, 'x')};
+    for (const auto& value : values) {
+        ASSERT_TRUE(database.statement("INSERT INTO texts(value) VALUES (?)").bindAll(value).run());
+    }
+    ASSERT_TRUE(database.statement("INSERT INTO texts(value) VALUES (?)").bindAll(std::string_view()).run());
+    std::vector<std::optional<std::string>> read;
+    Statement query = database.statement("SELECT value FROM texts ORDER BY id");
+    while (query.nextRow()) {
+        read.push_back(query.optionalString(0));
+    }
+    auto expected = values;
+    expected.emplace_back("");
+    EXPECT_EQ(read, expected);
+}
+
+TEST_F(DatabaseTests, the_same_sql_can_be_in_use_twice_at_once) {
+    Database database = opened();
+    const std::string_view sql = "SELECT value FROM (SELECT 1 AS value UNION SELECT 2) ORDER BY value";
+    std::vector<std::pair<std::int64_t, std::int64_t>> pairs;
+    Statement outer = database.statement(sql);
+    while (outer.nextRow()) {
+        Statement inner = database.statement(sql);
+        while (inner.nextRow()) {
+            pairs.emplace_back(outer.integer(0), inner.integer(0));
+        }
+    }
+    EXPECT_EQ(pairs, (std::vector<std::pair<std::int64_t, std::int64_t>>{{1, 1}, {1, 2}, {2, 1}, {2, 2}}));
+}
+
+TEST_F(DatabaseTests, a_statement_that_failed_stays_failed_and_says_why) {
+    Database database = opened();
+    ASSERT_TRUE(database.execute("CREATE TABLE numbers(value INTEGER NOT NULL)"));
+    for (const char* sql :
+         {"SELECT nonsense(", "INSERT INTO nowhere VALUES (?)", "INSERT INTO numbers VALUES (NULL)"}) {
+        Statement statement = database.statement(sql);
+        EXPECT_FALSE(statement.nextRow()) << sql;
+        EXPECT_FALSE(statement.run()) << sql;
+        ASSERT_FALSE(statement.result()) << sql;
+        EXPECT_EQ(statement.result().error().domain, databaseErrorDomain);
+        EXPECT_NE(statement.result().error().localizedDescription, "") << sql;
+    }
+    Statement outOfRange = database.statement("INSERT INTO numbers VALUES (?)");
+    outOfRange.bind(2, 5);
+    EXPECT_FALSE(outOfRange.run());
+}
+
+TEST_F(DatabaseTests, only_what_was_committed_stays) {
+    Database database = opened();
+    ASSERT_TRUE(database.execute("CREATE TABLE numbers(value INTEGER PRIMARY KEY)"));
+    {
+        Result<Transaction> dropped = Transaction::begin(database, Transaction::Kind::writing);
+        ASSERT_TRUE(dropped);
+        ASSERT_TRUE(database.execute("INSERT INTO numbers VALUES (1)"));
+    }
+    {
+        Result<Transaction> kept = Transaction::begin(database, Transaction::Kind::writing);
+        ASSERT_TRUE(kept);
+        ASSERT_TRUE(database.execute("INSERT INTO numbers VALUES (2)"));
+        EXPECT_TRUE(kept.value().commit());
+        EXPECT_FALSE(kept.value().isOpen());
+    }
+    {
+        Result<Transaction> lost = Transaction::begin(database, Transaction::Kind::writing);
+        ASSERT_TRUE(lost);
+        ASSERT_TRUE(database.execute("INSERT INTO numbers VALUES (3)"));
+        // SQLite rolls all of it back here, so that going on would write outside any transaction.
+        ASSERT_FALSE(database.execute("INSERT OR ROLLBACK INTO numbers VALUES (2)"));
+        EXPECT_FALSE(lost.value().isOpen());
+        EXPECT_FALSE(lost.value().commit());
+    }
+    EXPECT_EQ(database.integer("SELECT group_concat(value) FROM numbers").value(), 2);
+}
+
+TEST_F(DatabaseTests, a_reader_sees_the_last_committed_state_while_another_writes) {
+    Database writer = opened();
+    ASSERT_TRUE(writer.hasWriteAheadLog());
+    ASSERT_TRUE(writer.execute("CREATE TABLE numbers(value INTEGER); INSERT INTO numbers VALUES (1)"));
+    Database reader = std::move(open(Database::Access::readOnly)).value();
+    Result<Transaction> transaction = Transaction::begin(writer, Transaction::Kind::writing);
+    ASSERT_TRUE(transaction);
+    ASSERT_TRUE(writer.execute("INSERT INTO numbers VALUES (2)"));
+    EXPECT_EQ(reader.integer("SELECT count(*) FROM numbers").value(), 1);
+    EXPECT_FALSE(reader.execute("INSERT INTO numbers VALUES (3)"));
+    Database second = opened();
+    EXPECT_FALSE(Transaction::begin(second, Transaction::Kind::writing)) << "the lock is held";
+    ASSERT_TRUE(transaction.value().commit());
+    EXPECT_EQ(reader.integer("SELECT count(*) FROM numbers").value(), 2);
+}
+
+TEST_F(DatabaseTests, only_the_owner_can_read_the_file_and_its_companions) {
+    std::filesystem::create_directories(file_.parent_path());
+    std::ofstream(file_).close();
+    std::filesystem::permissions(file_, perms::owner_all | perms::group_read | perms::others_read);
+    Database database = opened();
+    ASSERT_TRUE(database.execute("CREATE TABLE numbers(value INTEGER)"));
+    for (const char* suffix : {"", "-wal", "-shm"}) {
+        EXPECT_EQ(std::filesystem::status(file_.string() + suffix).permissions(),
+                  perms::owner_read | perms::owner_write)
+            << suffix;
+    }
+    const auto fresh = folder_ / "fresh" / "folders" / "store.sqlite";
+    ASSERT_TRUE(Database::open({.file = fresh}));
+    EXPECT_EQ(std::filesystem::status(fresh.parent_path()).permissions(), perms::owner_all);
+}
+
+TEST_F(DatabaseTests, what_is_no_database_can_not_be_opened) {
+    std::filesystem::create_directories(file_.parent_path());
+    std::ofstream(file_) << std::string(4096, 'n');
+    EXPECT_FALSE(open());
+    std::filesystem::remove(file_);
+    std::filesystem::create_symlink(folder_ / "elsewhere", file_);
+    EXPECT_FALSE(open());
+    EXPECT_FALSE(std::filesystem::exists(folder_ / "elsewhere"));
+    std::filesystem::remove(file_);
+    std::filesystem::create_directory(file_);
+    EXPECT_FALSE(open());
+    EXPECT_FALSE(Database::open({.file = folder_ / "missing.sqlite", .access = Database::Access::readOnly}));
+}
+
+} // namespace
+} // namespace teralune
