@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Foundation/Date.h"
+#include "Platform/Foundation/Result.h"
 
 #include <filesystem>
 #include <memory>
@@ -9,6 +10,7 @@
 namespace teralune {
 
 class Bundle;
+class BundleExtension;
 class CookieStorage;
 class Device;
 class DispatchQueue;
@@ -28,15 +30,16 @@ struct PlatformServices {
     std::shared_ptr<DispatchQueue> backgroundQueue;
     /// The serial queue on which HTTP sessions adapt, retry, validate and map.
     std::shared_ptr<DispatchQueue> httpDelegateQueue;
-    /// Makes further queues.
+    /// The threads behind the queues; the first makes further queues.
     std::shared_ptr<QueuePool> queuePool;
+    std::shared_ptr<QueuePool> backgroundPool;
 
     std::shared_ptr<HttpTransport> transport;
     std::shared_ptr<CookieStorage> cookieStorage;
     std::shared_ptr<UserDefaults> userDefaults;
     std::shared_ptr<NotificationCenter> notificationCenter;
     /// The host's own resources, and the library's string tables and data model.
-    std::shared_ptr<Bundle> mainBundle;
+    std::shared_ptr<BundleExtension> mainBundle;
     std::shared_ptr<Bundle> libraryBundle;
     /// Where printed lines go, and where the few lines of the system log go.
     std::shared_ptr<Printer> printer;
@@ -55,9 +58,9 @@ struct PlatformServices {
         static Locations standard();
     };
 
-    /// The real services. Ends the program with a message when the settings can't be opened.
-    static PlatformServices make(const Locations& locations);
-    /// Those of the process, made on first use with the standard locations.
+    /// The real services. Fails when the settings can't be opened.
+    static Result<PlatformServices> open(const Locations& locations);
+    /// Those of the process, made on first use with the standard locations; a failure ends the program.
     static const PlatformServices& standard();
 };
 

@@ -2,7 +2,6 @@
 
 #include <filesystem>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -31,16 +30,17 @@ public:
 
     /// The text of a key; "value" when the table lacks it, and the key itself when that is empty too.
     /// An empty table name means "Localizable".
-    std::string localizedString(std::string_view key, std::string_view value = {},
-                                std::string_view table = {}) const;
+    virtual std::string localizedString(std::string_view key, std::string_view value = {},
+                                        std::string_view table = {}) const;
 
     /// The languages of this bundle in the order in which the user prefers them; the development language
     /// ("en") when none is preferred. Read afresh on each call, so that a switch takes effect at once.
     std::vector<std::string> preferredLocalizations() const;
 
-    /// The language bundle attached to this one: from then on it answers every localizedString. Replaces an
-    /// earlier one.
-    void attachLanguageBundle(std::shared_ptr<const Bundle> languageBundle);
+    /// Switches the interface language of the application: remembers the code under "AppleLanguages" and
+    /// redirects the look-ups of the main bundle to the folder of that language, with effect at once. A code
+    /// without a folder leaves the redirection as it is. Main thread.
+    static void set(std::string_view languageCode, const PlatformServices& platform);
 
 private:
     class Tables;
@@ -48,8 +48,6 @@ private:
     std::filesystem::path folder_;
     std::shared_ptr<UserDefaults> languagePreferences_;
     std::unique_ptr<Tables> tables_;
-    mutable std::mutex mutex_;
-    std::shared_ptr<const Bundle> attached_;
 };
 
 } // namespace teralune

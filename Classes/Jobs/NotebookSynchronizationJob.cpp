@@ -1,0 +1,165 @@
+#include "Classes/Jobs/NotebookSynchronizationJob.h"
+
+#include "Classes/Interfaces/IApplication.h"
+#include "Classes/Interfaces/NetworkingType.h"
+#include "Classes/Interfaces/NotebookEntryRepositoryType.h"
+#include "Classes/Interfaces/UserAccountModelType.h"
+#include "Classes/Model/CoreData/DataController.h"
+#include "Platform/Dispatch/CountingSemaphore.h"
+#include "Platform/Dispatch/DispatchQueue.h"
+#include "Platform/Foundation/NotificationCenter.h"
+
+#include <algorithm>
+#include <mutex>
+
+namespace teralune {
+
+/// Shared with the replies and the background work under way, which therefore find it alive.
+struct NotebookSynchronizationJob::State : std::enable_shared_from_this<State> {
+    explicit State(IApplication& host) : application(host) {}
+
+    void run();
+    void handleList(NotebookEntriesReply reply);
+    /// One step. stored is the problem whose steps were stored just before.
+    void collectStepData(const std::string& stored = {});
+    void handleSteps(const std::string& problem, const SolutionStepsReply& reply);
+    void endStepPhase();
+    NotebookEntryRepositoryType& repository() const {
+        return application.dataController().notebookEntryRepository();
+    }
+    void onBackgroundQueue(DispatchQueue::Work work) const {
+        application.platform().backgroundQueue->async(std::move(work));
+    }
+
+    IApplication& application;
+
+    mutable std::mutex mutex;
+    bool stepJobRunning = false;
+    bool listJobRunning = false;
+    bool parked = false;
+    bool stopRequested = false;
+    std::shared_ptr<CountingSemaphore> semaphore;
+};
+
+NotebookSynchronizationJob::NotebookSynchronizationJob(IApplication& application)
+    : state_(std::make_shared<State>(application)) {}
+
+NotebookSynchronizationJob::~NotebookSynchronizationJob() {
+    stopJob();
+}
+
+void NotebookSynchronizationJob::runSynchronizationJob() {
+    state_->run();
+}
+
+void NotebookSynchronizationJob::stopJob() {
+    const std::lock_guard lock(state_->mutex);
+    state_->stopRequested = true;
+}
+
+void NotebookSynchronizationJob::waitForCompletion() {
+    std::shared_ptr<CountingSemaphore> semaphore;
+    {
+        const std::lock_guard lock(state_->mutex);
+        if (!state_->listJobRunning && !state_->stepJobRunning)
+            return;
+        semaphore = state_->semaphore;
+    }
+    if (semaphore)
+        semaphore->wait();
+}
+
+NotebookSynchronizationJob::Phase NotebookSynchronizationJob::phase() const {
+    const std::lock_guard lock(state_->mutex);
+    if (state_->parked)
+        return Phase::parked;
+    if (state_->listJobRunning)
+        return Phase::listing;
+    return state_->stepJobRunning ? Phase::caching : Phase::idle;
+}
+
+void NotebookSynchronizationJob::State::run() {
+    const bool isLoggedIn = application.userAccountModel().isLoggedIn();
+    {
+        const std::lock_guard lock(mutex);
+        if (listJobRunning)
+            return;
+        stopRequested = false;
+        if (isLoggedIn)
+            listJobRunning = true;
+    }
+    if (!isLoggedIn) {
+        endStepPhase();
+        return;
+    }
+    application.networking().getNotebookEntries(
+        [self = shared_from_this()](NotebookEntriesReply reply) { self->handleList(std::move(reply)); });
+}
+
+void NotebookSynchronizationJob::State::handleList(NotebookEntriesReply reply) {
+    const bool usable = reply.success && std::all_of(reply.entries.begin(), reply.entries.end(),
+                                                     [](const auto& entry) { return entry.is_object(); });
+    if (!usable) {
+        // The list phase stays marked as running: a failed download parks the job.
+        const std::lock_guard lock(mutex);
+        parked = true;
+        return;
+    }
+    onBackgroundQueue([self = shared_from_this(), entries = std::move(reply.entries)] {
+        self->repository().insertNotebookEntries(entries);
+        self->application.platform().notificationCenter->post(
+            {std::string(NotebookSynchronizationComplete), {}, {}});
+        {
+            const std::lock_guard lock(self->mutex);
+            self->listJobRunning = false;
+            if (self->stepJobRunning)
+                return;
+            self->stepJobRunning = true;
+            self->semaphore = std::make_shared<CountingSemaphore>(0);
+        }
+        self->collectStepData();
+    });
+}
+
+void NotebookSynchronizationJob::State::collectStepData(const std::string& stored) {
+    {
+        const std::lock_guard lock(mutex);
+        stepJobRunning = true;
+    }
+    const bool mayGoOn = [this] {
+        const std::lock_guard lock(mutex);
+        return !stopRequested;
+    }();
+    const std::optional<std::string> problem = mayGoOn ? repository().nextEntryToCache() : std::nullopt;
+    // The store offers a problem again only when it could not keep its steps; asking the server for them over and over
+    // would not help.
+    if (!problem || *problem == stored) {
+        endStepPhase();
+        return;
+    }
+    application.networking().getSolutionSteps(
+        *problem, ShouldLog{false}, SolutionOrigin::notebookCache, RequestOnlySolution{false},
+        [self = shared_from_this(), problem = *problem](SolutionStepsReply reply) {
+            self->onBackgroundQueue(
+                [self, problem, reply = std::move(reply)] { self->handleSteps(problem, reply); });
+        });
+}
+
+void NotebookSynchronizationJob::State::handleSteps(const std::string& problem,
+                                                    const SolutionStepsReply& reply) {
+    if (!reply.success || !reply.body) {
+        endStepPhase();
+        return;
+    }
+    repository().updateProblemWithSteps(problem, *reply.body);
+    collectStepData(problem);
+}
+
+void NotebookSynchronizationJob::State::endStepPhase() {
+    const std::lock_guard lock(mutex);
+    stepJobRunning = false;
+    if (semaphore)
+        semaphore->signal();
+}
+
+} // namespace teralune

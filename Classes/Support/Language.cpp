@@ -1,0 +1,32 @@
+#include "Classes/Support/Language.h"
+
+#include "Platform/Foundation/Bundle.h"
+
+#include <algorithm>
+
+namespace teralune {
+
+std::string Language::currentLanguageIdentifier(const PlatformServices& platform) {
+    const std::vector<std::string> preferred = platform.mainBundle->preferredLocalizations();
+    if (preferred.empty())
+        return {};
+    std::string code = preferred.front();
+    std::transform(code.begin(), code.end(), code.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    // The server knows one Portuguese.
+    return code.starts_with("pt") ? "pt" : code;
+}
+
+std::string Language::getCurrentLanguageIdentifier(const PlatformServices& platform) {
+    return currentLanguageIdentifier(platform);
+}
+
+std::vector<std::pair<std::string, std::string>> Language::localizationsWithLabels() {
+    std::vector<std::pair<std::string, std::string>> languages = {
+        {"en", "English"}, {"es", "Español"}, {"pt-PT", "Português"}, {"he", "עברית"}};
+    std::sort(languages.begin(), languages.end(),
+              [](const auto& left, const auto& right) { return left.second < right.second; });
+    return languages;
+}
+
+} // namespace teralune
