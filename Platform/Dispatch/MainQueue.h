@@ -23,11 +23,13 @@ public:
     /// Runs what is queued now and due; what that work adds is left for the next call. Returns whether
     /// anything ran.
     bool drain();
-    /// Drains until the condition holds; it is asked after each piece of work.
+    /// Drains until the condition holds; it is asked at the start and after each piece of work. May be called
+    /// from inside a piece of work, and then runs what was queued behind it.
     void runUntil(const std::function<bool()>& condition);
     /// As above for at most this long; returns whether the condition held.
     bool runUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit);
-    /// Called, from any thread, whenever work was added to an empty queue.
+    /// Called, from any thread, whenever work was added to an empty queue and whenever nextDue() became
+    /// earlier; at once if there is work already.
     void setWakeHandler(std::function<void()> handler);
     /// When the earliest delayed piece is due, for a host that has to set a timer; absent without any.
     std::optional<std::chrono::steady_clock::time_point> nextDue() const;

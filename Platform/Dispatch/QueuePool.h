@@ -10,6 +10,7 @@ namespace teralune {
 
 /// A fixed set of threads and the queues that run on them. Its destructor waits for the work that is running
 /// and drops, without running it, what has not begun; queues it made may outlive it and then drop work too.
+/// It may be destroyed by its own work; then only the other threads are waited for.
 class QueuePool {
 public:
     enum class Priority { standard, background };
@@ -26,6 +27,9 @@ public:
 
 private:
     struct State;
+    class ConcurrentQueue;
+    class SerialQueue;
+
     std::shared_ptr<State> state_;
 };
 

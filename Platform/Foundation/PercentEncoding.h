@@ -1,5 +1,6 @@
 #pragma once
 
+#include <initializer_list>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -18,6 +19,8 @@ public:
     bool contains(char character) const;
 
 private:
+    static CharacterSet of(std::initializer_list<std::string_view> parts);
+
     bool allowed_[128] = {};
 };
 

@@ -13,7 +13,12 @@
 namespace teralune {
 
 template<class T>
+class Task;
+template<class T>
 class TaskCompletionSource;
+
+/// Ends when all have ended: successfully when all did, otherwise with the first error in the list's order.
+Task<void> whenAll(std::vector<Task<void>> tasks);
 
 /// The one-time outcome of an asynchronous operation: a result or an error. Copies share the outcome.
 /// Continuations run on the queue that is named with them, once, in the order in which they were added, never
@@ -45,17 +50,27 @@ public:
 
 private:
     template<class>
+    friend class Task;
+    template<class>
     friend class TaskCompletionSource;
+    friend Task<void> whenAll(std::vector<Task<void>> tasks);
 
     using Waiter = UniqueFunction<void(const Result<T>&)>;
+    /// The outcome never changes once it is there, and is then read without the lock.
     struct State {
         std::mutex mutex;
         std::optional<Result<T>> outcome;
+        /// While the waiters are being handed to their queues, later ones line up behind them.
+        bool delivering = false;
         std::vector<std::pair<std::shared_ptr<DispatchQueue>, Waiter>> waiters;
     };
 
     explicit Task(std::shared_ptr<State> state) : state_(std::move(state)) {}
+    /// Without a queue the waiter runs at once on the thread that completes the task; only for waiters that
+    /// do no more than complete another task.
     void addWaiter(std::shared_ptr<DispatchQueue> queue, Waiter waiter) const;
+    static void deliver(const std::shared_ptr<State>& state, const std::shared_ptr<DispatchQueue>& queue,
+                        Waiter waiter);
 
     std::shared_ptr<State> state_;
 };
@@ -70,13 +85,12 @@ public:
 
     Task<T> task() const { return Task<T>(state_); }
     bool complete(Result<T> result) const;
+    /// Completes with the other task's outcome once it has one.
+    void completeWith(const Task<T>& other) const;
 
 private:
     std::shared_ptr<typename Task<T>::State> state_;
 };
-
-/// Ends when all have ended: successfully when all did, otherwise with the first error in the list's order.
-Task<void> whenAll(std::vector<Task<void>> tasks);
 
 } // namespace teralune
 

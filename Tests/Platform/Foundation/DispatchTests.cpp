@@ -1,0 +1,239 @@
+#include "Platform/Dispatch/CountingSemaphore.h"
+#include "Platform/Dispatch/MainQueue.h"
+#include "Platform/Dispatch/QueuePool.h"
+#include "Tests/Support/ManualQueue.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <optional>
+#include <thread>
+#include <vector>
+
+namespace teralune {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// Counts how often it was destroyed without having been run.
+DispatchQueue::Work countingDrops(const std::shared_ptr<int>& held) {
+    return [held] { ADD_FAILURE() << "ran"; };
+}
+
+TEST(QueuePool, a_serial_queue_runs_one_piece_after_the_other_in_order) {
+    QueuePool pool(4, QueuePool::Priority::standard);
+    const auto queue = pool.makeSerialQueue("serial");
+    std::vector<int> order;
+    std::atomic<int> running = 0;
+    for (int number = 0; number < 500; ++number) {
+        queue->async([&, number] {
+            EXPECT_EQ(++running, 1);
+            EXPECT_TRUE(queue->isCurrent());
+            order.push_back(number);
+            --running;
+        });
+    }
+    queue->sync([&] { order.push_back(500); });
+    EXPECT_FALSE(queue->isCurrent());
+    ASSERT_EQ(order.size(), 501U);
+    EXPECT_TRUE(std::is_sorted(order.begin(), order.end()));
+}
+
+TEST(QueuePool, a_concurrent_queue_runs_as_many_pieces_at_once_as_there_are_threads) {
+    QueuePool pool(3, QueuePool::Priority::background);
+    const auto queue = pool.makeConcurrentQueue("concurrent");
+    CountingSemaphore arrived(0);
+    CountingSemaphore released(0);
+    CountingSemaphore ended(0);
+    for (int count = 0; count < 3; ++count) {
+        queue->async([&] {
+            arrived.signal();
+            released.wait();
+            ended.signal();
+        });
+    }
+    // Each piece waits for the others, so that this would stand still if one had to wait for another's end.
+    for (int count = 0; count < 3; ++count) {
+        arrived.wait();
+    }
+    for (int count = 0; count < 3; ++count) {
+        released.signal();
+    }
+    for (int count = 0; count < 3; ++count) {
+        ended.wait();
+    }
+    EXPECT_FALSE(ended.wait(0ms));
+}
+
+TEST(QueuePool, its_end_waits_for_running_work_and_drops_the_rest_without_running_it) {
+    auto pool = std::make_unique<QueuePool>(1, QueuePool::Priority::standard);
+    const auto serial = pool->makeSerialQueue("serial");
+    const auto concurrent = pool->makeConcurrentQueue("concurrent");
+    const auto held = std::make_shared<int>(0);
+    CountingSemaphore started(0);
+    CountingSemaphore release(0);
+    std::atomic<bool> ended = false;
+    concurrent->async([&] {
+        started.signal();
+        release.wait();
+        ended = true;
+    });
+    started.wait();
+    serial->async(countingDrops(held));
+    concurrent->async(countingDrops(held));
+    // A piece that holds its own queue must not keep the queue alive for ever.
+    serial->async([serial, work = countingDrops(held)]() mutable { work(); });
+    serial->asyncAfter(1h, countingDrops(held));
+    concurrent->asyncAfter(1h, countingDrops(held));
+    std::thread waiting([&] { serial->sync(countingDrops(held)); });
+    std::thread ending([&] { pool.reset(); });
+    release.signal();
+    ending.join();
+    waiting.join();
+    EXPECT_TRUE(ended);
+    serial->async(countingDrops(held));
+    concurrent->asyncAfter(0ms, countingDrops(held));
+    serial->sync(countingDrops(held));
+    EXPECT_EQ(held.use_count(), 1);
+    EXPECT_EQ(serial.use_count(), 1);
+}
+
+TEST(QueuePool, may_end_inside_its_own_work) {
+    auto pool = std::make_unique<QueuePool>(2, QueuePool::Priority::standard);
+    const auto queue = pool->makeSerialQueue("serial");
+    const auto held = std::make_shared<int>(0);
+    CountingSemaphore ended(0);
+    queue->async([&] {
+        pool.reset();
+        queue->async(countingDrops(held));
+        ended.signal();
+    });
+    ended.wait();
+    EXPECT_EQ(held.use_count(), 1);
+}
+
+TEST(QueuePool, delayed_work_runs_on_its_queue) {
+    QueuePool pool(2, QueuePool::Priority::standard);
+    const auto queue = pool.makeSerialQueue("serial");
+    CountingSemaphore ran(0);
+    std::vector<int> order;
+    queue->asyncAfter(2ms, [&] {
+        order.push_back(2);
+        EXPECT_TRUE(queue->isCurrent());
+        ran.signal();
+    });
+    queue->async([&] { order.push_back(1); });
+    ran.wait();
+    EXPECT_EQ(order, (std::vector<int>{1, 2}));
+}
+
+TEST(QueuePoolDeathTest, sync_on_the_queue_itself_and_throwing_work_end_the_program) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_DEATH(
+        {
+            QueuePool pool(1, QueuePool::Priority::standard);
+            const auto queue = pool.makeSerialQueue("own");
+            queue->sync([&] { queue->sync([] {}); });
+        },
+        "own");
+    EXPECT_DEATH(
+        {
+            QueuePool pool(1, QueuePool::Priority::standard);
+            pool.makeConcurrentQueue("throwing")->sync([] { throw std::runtime_error("thrown"); });
+        },
+        "thrown");
+}
+
+TEST(MainQueue, drain_leaves_what_its_work_adds_for_the_next_call) {
+    MainQueue queue;
+    std::vector<int> order;
+    EXPECT_FALSE(queue.drain());
+    queue.async([&] {
+        EXPECT_TRUE(queue.isCurrent());
+        order.push_back(1);
+        queue.async([&] { order.push_back(3); });
+    });
+    queue.async([&] { order.push_back(2); });
+    EXPECT_TRUE(queue.drain());
+    EXPECT_EQ(order, (std::vector<int>{1, 2}));
+    EXPECT_TRUE(queue.drain());
+    EXPECT_EQ(order, (std::vector<int>{1, 2, 3}));
+    EXPECT_FALSE(queue.isCurrent());
+}
+
+TEST(MainQueue, run_until_waits_for_delayed_work_and_for_work_from_other_threads) {
+    MainQueue queue;
+    std::vector<int> order;
+    queue.asyncAfter(3ms, [&] { order.push_back(3); });
+    queue.asyncAfter(1ms, [&] { order.push_back(2); });
+    queue.async([&] { order.push_back(1); });
+    EXPECT_TRUE(queue.nextDue());
+    queue.runUntil([&] { return order.size() == 3; });
+    EXPECT_EQ(order, (std::vector<int>{1, 2, 3}));
+    EXPECT_FALSE(queue.nextDue());
+
+    bool ran = false;
+    std::thread other([&] { queue.sync([&] { ran = true; }); });
+    queue.runUntil([&] { return ran; });
+    other.join();
+
+    EXPECT_FALSE(queue.runUntil([] { return false; }, 1ms));
+    EXPECT_TRUE(queue.runUntil([] { return true; }, 0ms));
+}
+
+TEST(MainQueue, run_until_may_be_called_from_inside_a_piece_of_work) {
+    MainQueue queue;
+    std::vector<int> order;
+    queue.async([&] {
+        queue.runUntil([&] { return !order.empty(); });
+        order.push_back(2);
+    });
+    queue.async([&] { order.push_back(1); });
+    queue.drain();
+    EXPECT_EQ(order, (std::vector<int>{1, 2}));
+}
+
+TEST(MainQueue, its_wake_handler_hears_of_the_first_piece_and_of_an_earlier_delay) {
+    MainQueue queue;
+    int wakes = 0;
+    queue.async([] {});
+    queue.setWakeHandler([&] { ++wakes; });
+    EXPECT_EQ(wakes, 1);
+    queue.async([] {});
+    EXPECT_EQ(wakes, 1);
+    queue.asyncAfter(2h, [] {});
+    EXPECT_EQ(wakes, 2);
+    queue.asyncAfter(3h, [] {});
+    EXPECT_EQ(wakes, 2);
+    queue.drain();
+    queue.async([] {});
+    EXPECT_EQ(wakes, 3);
+}
+
+TEST(MainQueue, drops_what_is_left_at_its_end) {
+    const auto held = std::make_shared<int>(0);
+    auto queue = std::make_unique<MainQueue>();
+    queue->async(countingDrops(held));
+    queue->asyncAfter(1h, countingDrops(held));
+    queue.reset();
+    EXPECT_EQ(held.use_count(), 1);
+}
+
+TEST(ManualQueue, runs_work_when_told_to_and_in_the_order_of_its_moments) {
+    ManualQueue queue;
+    std::vector<int> order;
+    queue.asyncAfter(5ms, [&] { order.push_back(3); });
+    queue.async([&] {
+        order.push_back(1);
+        queue.asyncAfter(1ms, [&] { order.push_back(2); });
+    });
+    EXPECT_EQ(queue.dueCount(), 1U);
+    EXPECT_EQ(queue.runAll(), 1U);
+    EXPECT_EQ(queue.waitingCount(), 2U);
+    queue.advance(10ms);
+    EXPECT_EQ(order, (std::vector<int>{1, 2, 3}));
+}
+
+} // namespace
+} // namespace teralune
