@@ -27,7 +27,7 @@ fs::path environmentPath(const char* name) {
     return value && value[0] == '/' ? fs::path(value) : fs::path();
 }
 
-fs::path dataFolder() {
+fs::path standardDataFolder() {
     if (const fs::path home = environmentPath("XDG_DATA_HOME"); !home.empty())
         return home / "teralune";
     if (const fs::path home = environmentPath("HOME"); !home.empty())
@@ -55,7 +55,7 @@ fs::path resourcesFolder() {
 
 PlatformServices::Locations PlatformServices::Locations::standard() {
     const fs::path resources = resourcesFolder();
-    return {dataFolder(), resources, resources};
+    return {standardDataFolder(), resources, resources};
 }
 
 Result<PlatformServices> PlatformServices::open(const Locations& locations) {

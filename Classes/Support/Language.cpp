@@ -1,6 +1,6 @@
 #include "Classes/Support/Language.h"
 
-#include "Platform/Foundation/Bundle.h"
+#include "Platform/Foundation/BundleExtension.h"
 
 #include <algorithm>
 
