@@ -35,6 +35,7 @@ endif()
 # Includes are written from the root: #include "Classes/Networking/Networking.h".
 function(teralune_target NAME)
     target_link_libraries(${NAME} PRIVATE $<BUILD_INTERFACE:TeraluneOptions>)
+    target_compile_features(${NAME} PUBLIC cxx_std_20)
     target_include_directories(${NAME} PUBLIC
         "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>"
         "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/TeraluneSharedLibrary>")
