@@ -3,6 +3,8 @@
 #include "Platform/Foundation/UniqueFunction.h"
 #include "Platform/Http/DataResponse.h"
 #include "Platform/Http/HttpTransport.h"
+#include "Platform/Http/RequestHandle.h"
+#include "Platform/Http/ResponseFinisher.h"
 
 #include <boost/json/value.hpp>
 
@@ -13,25 +15,6 @@
 namespace teralune {
 
 class SessionManager;
-
-/// A request that was sent. Dropping the handle cancels it: its handler is then told the error -999, unless
-/// it has ended already. detach() lets it run on without a handle. Usable from any thread.
-class [[nodiscard]] RequestHandle {
-public:
-    RequestHandle() = default;
-    RequestHandle(RequestHandle&&) noexcept = default;
-    RequestHandle& operator=(RequestHandle&& other) noexcept;
-    ~RequestHandle();
-
-    void cancel();
-    void detach();
-
-private:
-    friend class DataRequest;
-    class Running;
-    explicit RequestHandle(std::weak_ptr<Running> running);
-    std::weak_ptr<Running> running_;
-};
 
 /// A request in preparation, made by a SessionManager. A response… operation ends the preparation and sends
 /// it:
@@ -78,7 +61,11 @@ private:
     struct Plan;
     explicit DataRequest(std::unique_ptr<Plan> plan);
 
+    RequestHandle send(ResponseFinisher finisher) &&;
+
     std::unique_ptr<Plan> plan_;
 };
 
 } // namespace teralune
+
+#include "Platform/Http/DataRequest.inl.h"

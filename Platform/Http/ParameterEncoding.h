@@ -18,8 +18,7 @@ using HttpParameters = std::map<std::string, std::string>;
 std::string formEncoded(const HttpParameters& parameters);
 
 /// Puts the parameters where the method wants them: appended to the query of GET, HEAD and DELETE, in a form
-/// body
-/// ("application/x-www-form-urlencoded; charset=utf-8") otherwise. Without parameters the request is
+/// body ("application/x-www-form-urlencoded; charset=utf-8") otherwise. Without parameters the request is
 /// unchanged.
 URLRequest encode(URLRequest request, const HttpParameters& parameters);
 

@@ -13,6 +13,7 @@ struct PlatformServices;
 class RequestAdapter;
 class RequestRetrier;
 class MultipartFormData;
+class Session;
 
 /// Makes and carries out requests that share a configuration, an adapter, a retrier and closures. For each
 /// attempt: adapt, send, validate; after a failure the retrier decides; at the end taskDidComplete, then the
@@ -37,8 +38,8 @@ public:
     SessionManager(const SessionManager&) = delete;
     SessionManager& operator=(const SessionManager&) = delete;
 
-    /// Neither is owned; both outlive the manager or are taken out with nullptr. Set before the first
-    /// request.
+    /// Neither is owned; both outlive the manager or are taken out with nullptr, which waits until they are
+    /// not running. Set before the first request.
     void setAdapter(RequestAdapter* adapter);
     void setRetrier(RequestRetrier* retrier);
     SessionDelegate& delegate();
@@ -47,8 +48,7 @@ public:
     DataRequest upload(std::shared_ptr<const MultipartFormData> form, std::string_view url);
 
 private:
-    struct State;
-    std::shared_ptr<State> state_;
+    std::shared_ptr<Session> session_;
 };
 
 } // namespace teralune
