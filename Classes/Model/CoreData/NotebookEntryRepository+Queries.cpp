@@ -1,0 +1,169 @@
+#include "Classes/Interfaces/CrashReporterType.h"
+#include "Classes/Interfaces/IApplication.h"
+#include "Classes/Model/CoreData/NotebookEntryBatch.h"
+#include "Classes/Model/CoreData/NotebookEntryRepository.h"
+#include "Classes/Model/CoreData/ObjectContext.h"
+#include "Classes/Support/Localization.h"
+#include "Platform/Database/Database.h"
+#include "Platform/Foundation/Printer.h"
+
+#include <utility>
+
+namespace teralune {
+namespace {
+
+constexpr std::string_view couldNotFetchEntries = "Could not fetch notebook entries: ";
+
+/// Fills the temporary table that a compiled predicate reads its lists from. It belongs to the connection and
+/// lives in memory.
+Result<void> storeLists(Database& database, const Predicate::Compiled& predicate) {
+    Result<void> prepared =
+        database.execute("CREATE TEMP TABLE IF NOT EXISTS predicateValues(list INTEGER, value TEXT, "
+                         "PRIMARY KEY(list, value)) WITHOUT ROWID;"
+                         "DELETE FROM temp.predicateValues");
+    if (!prepared) {
+        return prepared;
+    }
+    Statement insert =
+        database.statement("INSERT OR IGNORE INTO temp.predicateValues(list, value) VALUES (?, ?)");
+    std::int64_t number = 0;
+    for (const std::vector<std::string>* const list : predicate.lists) {
+        ++number;
+        for (const std::string& value : *list) {
+            if (Result<void> inserted = insert.bindAll(number, value).run(); !inserted) {
+                return inserted;
+            }
+        }
+    }
+    return {};
+}
+
+} // namespace
+
+std::vector<NotebookEntry> NotebookEntryRepository::entriesForFilter(const Filter& filter) const {
+    std::vector<NotebookEntry> notes;
+    const Result<void> read = managedObjectContext_->fetchAndWait([&](Database& database) -> Result<void> {
+        std::string sql = "SELECT id, problem, isFavorite, remoteID, notes FROM entries";
+        const std::optional<Predicate> predicate = filter.predicate();
+        if (predicate) {
+            const Predicate::Compiled compiled = predicate->compiled();
+            if (Result<void> stored = storeLists(database, compiled); !stored) {
+                return stored;
+            }
+            sql += " WHERE " + compiled.sql;
+        }
+        sql += " ORDER BY lastChange DESC, id DESC";
+        const auto list = std::make_shared<NotebookEntryBatch>(
+            managedObjectContext_, [&application = application_](const Error& error) {
+                application.crashReporter().recordError(error);
+                application.platform().printer->print(std::string(couldNotFetchEntries) +
+                                                      error.localizedDescription);
+            });
+        Statement query = database.statement(sql);
+        while (query.nextRow()) {
+            NotebookEntryValues values;
+            values.problem = query.optionalString(1);
+            if (const std::optional<std::int64_t> isFavorite = query.optionalInteger(2)) {
+                values.isFavorite = *isFavorite != 0;
+            }
+            values.remoteID = query.optionalString(3);
+            values.notes = query.optionalString(4);
+            list->append(query.integer(0));
+            notes.emplace_back(list, notes.size(), std::move(values));
+        }
+        return query.result();
+    });
+    if (!read) {
+        recordAndPrint(couldNotFetchEntries, read.error());
+        notes.clear();
+    }
+    return notes;
+}
+
+std::optional<AttributeDictionary>
+NotebookEntryRepository::getNotebookEntry(const std::string& problem) const {
+    std::optional<AttributeDictionary> attributes;
+    const Result<void> read = managedObjectContext_->fetchAndWait([&](Database& database) -> Result<void> {
+        Statement query = database.statement("SELECT graph, notes, problem, remoteID, savedFrom, topic, url, "
+                                             "stepsData, isFavorite, lastCached, lastChange "
+                                             "FROM entries LEFT JOIN steps ON steps.entryID = entries.id "
+                                             "WHERE problem = ? ORDER BY id LIMIT 1");
+        query.bindAll(problem);
+        if (!query.nextRow()) {
+            return query.result();
+        }
+        attributes.emplace();
+        int column = 0;
+        for (const char* name :
+             {"graph", "notes", "problem", "remoteID", "savedFrom", "topic", "url", "stepsData"}) {
+            if (std::optional<std::string> text = query.optionalString(column)) {
+                attributes->emplace(name, std::move(*text));
+            }
+            ++column;
+        }
+        if (const std::optional<std::int64_t> flag = query.optionalInteger(column)) {
+            attributes->emplace("isFavorite", *flag != 0);
+        }
+        for (const char* name : {"lastCached", "lastChange"}) {
+            ++column;
+            if (const std::optional<std::int64_t> moment = query.optionalInteger(column)) {
+                attributes->emplace(name, Date(std::chrono::milliseconds(*moment)));
+            }
+        }
+        return query.result();
+    });
+    if (!read) {
+        recordAndPrint("Could not determine if problem exists: ", read.error());
+        return std::nullopt;
+    }
+    return attributes;
+}
+
+std::vector<std::string> NotebookEntryRepository::distinctTexts(std::string_view sql,
+                                                                std::string_view message) const {
+    std::vector<std::string> texts;
+    const Result<void> read = managedObjectContext_->fetchAndWait([&](Database& database) {
+        Statement query = database.statement(sql);
+        while (query.nextRow()) {
+            texts.emplace_back(query.text(0));
+        }
+        return query.result();
+    });
+    if (!read) {
+        recordAndPrint(message, read.error());
+        texts.clear();
+    }
+    return texts;
+}
+
+std::vector<std::string> NotebookEntryRepository::allTagStrings() const {
+    return distinctTexts("SELECT DISTINCT tagText FROM tags WHERE tagText IS NOT NULL ORDER BY tagText",
+                         "Could not fetch entry tags: ");
+}
+
+std::vector<std::string> NotebookEntryRepository::allTags() const {
+    return distinctTexts("SELECT DISTINCT tagText FROM tags WHERE tagText IS NOT NULL ORDER BY tagText",
+                         couldNotFetchEntries);
+}
+
+std::vector<std::string> NotebookEntryRepository::allTopics() const {
+    return distinctTexts("SELECT DISTINCT topic FROM entries WHERE topic IS NOT NULL ORDER BY topic",
+                         couldNotFetchEntries);
+}
+
+Filter NotebookEntryRepository::blankFilter() const {
+    Filter filter(
+        [&platform = application_.platform()](std::string_view key) { return Localize(platform, key); });
+    for (const std::string_view source : {Solutions, Practice, GraphingCalculator}) {
+        filter.typeFilter.dict.emplace(source, false);
+    }
+    for (std::string& topic : allTopics()) {
+        filter.topicFilter.dict.emplace(std::move(topic), false);
+    }
+    for (std::string& tag : allTags()) {
+        filter.tagFilter.dict.emplace(std::move(tag), false);
+    }
+    return filter;
+}
+
+} // namespace teralune

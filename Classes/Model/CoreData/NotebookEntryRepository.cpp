@@ -1,0 +1,99 @@
+#include "Classes/Model/CoreData/NotebookEntryRepository.h"
+
+#include "Classes/Interfaces/CrashReporterType.h"
+#include "Classes/Interfaces/IApplication.h"
+#include "Classes/Model/CoreData/NotebookEntryTag.h"
+#include "Classes/Model/CoreData/ObjectContext.h"
+#include "Platform/Database/Database.h"
+#include "Platform/Foundation/FatalError.h"
+#include "Platform/Foundation/Printer.h"
+
+#include <utility>
+
+namespace teralune {
+
+NotebookEntryRepository::NotebookEntryRepository(std::shared_ptr<ObjectContext> managedObjectContext,
+                                                 IApplication& application)
+    : managedObjectContext_(std::move(managedObjectContext))
+    , application_(application) {}
+
+NotebookEntryRepository::~NotebookEntryRepository() = default;
+
+void NotebookEntryRepository::print(std::string_view line) const {
+    application_.platform().printer->print(line);
+}
+
+void NotebookEntryRepository::recordAndPrint(std::string_view message, const Error& error) const {
+    application_.crashReporter().recordError(error);
+    print(std::string(message) + error.localizedDescription);
+}
+
+std::vector<std::string> NotebookEntryRepository::notebookRequiredFields() const {
+    return {"problem", "isFavorite", "remoteID", "notes"};
+}
+
+void NotebookEntryRepository::updateProblem(const std::string& query, Favorite favorite) {
+    bool hasMatch = false;
+    const Result<void> saved = managedObjectContext_->performAndWait([&](Database& database) -> Result<void> {
+        std::int64_t entryID = 0;
+        {
+            Statement first =
+                database.statement("SELECT id FROM entries WHERE problem = ? ORDER BY id LIMIT 1");
+            first.bindAll(query);
+            hasMatch = first.nextRow();
+            if (!hasMatch) {
+                hasMatch = !first.result();
+                return first.result();
+            }
+            entryID = first.integer(0);
+        }
+        return database.statement("UPDATE entries SET isFavorite = ? WHERE id = ?")
+            .bindAll(std::int64_t{favorite.value ? 1 : 0}, entryID)
+            .run();
+    });
+    if (!saved) {
+        recordAndPrint("Could not fetch notebook entry to update favorite for " + query + ": ",
+                       saved.error());
+    } else if (!hasMatch) {
+        fatalError("No notebook entry to update favorite for " + query);
+    }
+}
+
+void NotebookEntryRepository::removeNotes(const std::vector<NotebookEntry>& notes) {
+    const Result<void> saved = managedObjectContext_->performAndWait([&](Database& database) -> Result<void> {
+        Statement remove = database.statement("DELETE FROM entries WHERE id = ?");
+        for (const NotebookEntry& note : notes) {
+            const std::optional<std::int64_t> entryID = note.rowID();
+            if (!entryID) {
+                continue;
+            }
+            if (Result<void> removed = remove.bindAll(*entryID).run(); !removed) {
+                return removed;
+            }
+        }
+        return {};
+    });
+    if (!saved) {
+        recordAndPrint("Could not remove selective notes from notebook: ", saved.error());
+    }
+}
+
+void NotebookEntryRepository::deleteAll(std::string_view entityName, std::string_view script) {
+    const Result<void> saved =
+        managedObjectContext_->performAndWait([&](Database& database) { return database.execute(script); });
+    if (!saved) {
+        recordAndPrint("Could not delete all " + std::string(entityName) + ": ", saved.error());
+    }
+}
+
+void NotebookEntryRepository::clear() {
+    // What refers to the rows goes first, so that no row has to be looked for one by one.
+    deleteAll(NotebookEntry::EntityName, "DELETE FROM links; DELETE FROM steps; DELETE FROM entries");
+    deleteAll(NotebookEntryTag::EntityName, "DELETE FROM links; DELETE FROM tags");
+    // The user who signs out leaves nothing in the file's free pages.
+    if (const Result<void> compacted = managedObjectContext_->compact(); !compacted) {
+        recordAndPrint("Could not compact the notebook store: ", compacted.error());
+    }
+}
+
+} // namespace teralune

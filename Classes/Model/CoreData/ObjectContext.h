@@ -1,0 +1,44 @@
+#pragma once
+
+#include "Platform/Foundation/Result.h"
+
+#include <functional>
+#include <memory>
+#include <mutex>
+
+namespace teralune {
+
+class Database;
+class PersistentStoreCoordinator;
+class Printer;
+
+/// The one way to the store's rows, from any thread: the caller waits until its block has run. Nothing that
+/// fails is thrown, want of memory included. Until a store is attached every block fails without running.
+class ObjectContext {
+public:
+    using Block = std::function<Result<void>(Database&)>;
+
+    ObjectContext(std::shared_ptr<PersistentStoreCoordinator> coordinator, std::shared_ptr<Printer> printer);
+
+    /// Runs the block with the writing connection, one block after the other, and saves what it did as one
+    /// transaction when it succeeds; a failure leaves the store as it was. A block inside a block of the same
+    /// thread belongs to the outer one's transaction.
+    Result<void> performAndWait(const Block& block);
+    /// Runs a block that only reads, on the last saved state, which stays the same throughout the block. Does
+    /// not wait for performAndWait() of other threads. The block calls nothing of this context.
+    Result<void> fetchAndWait(const Block& block);
+    /// Gives the space of deleted rows back to the file system, and with it what they held. Only worth its
+    /// while when the store is nearly empty.
+    Result<void> compact();
+
+    /// Where the operations of entries print their failures.
+    Printer& printer() const { return *printer_; }
+
+private:
+    std::shared_ptr<PersistentStoreCoordinator> coordinator_;
+    std::shared_ptr<Printer> printer_;
+    std::recursive_mutex writing_;
+    std::recursive_mutex reading_;
+};
+
+} // namespace teralune

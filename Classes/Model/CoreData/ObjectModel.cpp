@@ -1,0 +1,64 @@
+#include "Classes/Model/CoreData/ObjectModel.h"
+
+#include "Classes/Model/CoreData/StoreError.h"
+#include "Platform/Database/Database.h"
+#include "Platform/Database/Transaction.h"
+
+#include <fstream>
+#include <iterator>
+#include <utility>
+
+namespace teralune {
+
+ObjectModel::ObjectModel(std::vector<std::string> scripts) : scripts_(std::move(scripts)) {}
+
+Result<ObjectModel> ObjectModel::load(const std::filesystem::path& folder) {
+    std::vector<std::string> scripts;
+    for (std::int64_t version = 1; version <= currentVersion; ++version) {
+        const std::filesystem::path file = folder / ("Version" + std::to_string(version) + ".sql");
+        std::ifstream stream(file, std::ios::binary);
+        std::string script((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
+        if (stream.bad() || script.empty()) {
+            return storeError(StoreErrorCode::unreadableModel, "can't read " + file.string());
+        }
+        scripts.push_back(std::move(script));
+    }
+    return ObjectModel(std::move(scripts));
+}
+
+Result<void> ObjectModel::migrate(Database& store) const {
+    Result<Transaction> transaction = Transaction::begin(store, Transaction::Kind::writing);
+    if (!transaction) {
+        return transaction.error();
+    }
+    const Result<std::int64_t> version = store.integer("PRAGMA user_version");
+    if (!version) {
+        return version.error();
+    }
+    if (version.value() > currentVersion || version.value() < 0) {
+        return storeError(StoreErrorCode::newerStore,
+                          "The store has version " + std::to_string(version.value()) +
+                              "; the newest known is " + std::to_string(currentVersion) + ".");
+    }
+    if (version.value() == 0) {
+        const Result<std::int64_t> foreignTables = store.integer("SELECT count(*) FROM sqlite_schema");
+        if (!foreignTables) {
+            return foreignTables.error();
+        }
+        if (foreignTables.value() != 0) {
+            return storeError(StoreErrorCode::foreignFile, "The file is a database, but no notebook store.");
+        }
+    }
+    for (std::int64_t step = version.value() + 1; step <= currentVersion; ++step) {
+        Result<void> taken = store.execute(scripts_[static_cast<std::size_t>(step - 1)]);
+        if (taken) {
+            taken = store.execute("PRAGMA user_version = " + std::to_string(step));
+        }
+        if (!taken) {
+            return taken;
+        }
+    }
+    return transaction.value().commit();
+}
+
+} // namespace teralune
