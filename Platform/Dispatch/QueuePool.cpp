@@ -10,6 +10,7 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <deque>
 #include <mutex>
 #include <optional>
@@ -40,14 +41,14 @@ struct QueuePool::State {
     std::optional<asio::executor_work_guard<asio::io_context::executor_type>> keepRunning;
     std::vector<std::thread> threads;
     /// Set when the pool was destroyed on this one of its threads, which then has to clear up after itself.
-    std::thread::id survivor;
+    std::atomic<std::thread::id> survivor;
 
     void run(Priority priority) {
         if (priority == Priority::background) {
             setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), backgroundNiceness);
         }
         context->run();
-        if (survivor == std::this_thread::get_id()) {
+        if (survivor.load() == std::this_thread::get_id()) {
             dropContext();
         }
     }
@@ -62,7 +63,7 @@ struct QueuePool::State {
                 thread.join();
             }
         }
-        if (survivor == std::thread::id()) {
+        if (survivor.load() == std::thread::id()) {
             dropContext();
         }
     }

@@ -16,8 +16,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// Counts how often it was destroyed without having been run.
-DispatchQueue::Work countingDrops(const std::shared_ptr<int>& held) {
+/// Work that must be dropped: what it holds tells whether it was.
+DispatchQueue::Work neverRun(const std::shared_ptr<int>& held) {
     return [held] { ADD_FAILURE() << "ran"; };
 }
 
@@ -66,50 +66,58 @@ TEST(QueuePool, a_concurrent_queue_runs_as_many_pieces_at_once_as_there_are_thre
     EXPECT_FALSE(ended.wait(0ms));
 }
 
-TEST(QueuePool, its_end_waits_for_running_work_and_drops_the_rest_without_running_it) {
-    auto pool = std::make_unique<QueuePool>(1, QueuePool::Priority::standard);
-    const auto serial = pool->makeSerialQueue("serial");
-    const auto concurrent = pool->makeConcurrentQueue("concurrent");
-    const auto held = std::make_shared<int>(0);
+TEST(QueuePool, its_end_waits_for_running_work) {
+    auto pool = std::make_unique<QueuePool>(2, QueuePool::Priority::standard);
+    const auto queue = pool->makeConcurrentQueue("concurrent");
     CountingSemaphore started(0);
     CountingSemaphore release(0);
-    std::atomic<bool> ended = false;
-    concurrent->async([&] {
+    bool ended = false;
+    queue->async([&] {
         started.signal();
         release.wait();
         ended = true;
     });
     started.wait();
-    serial->async(countingDrops(held));
-    concurrent->async(countingDrops(held));
-    // A piece that holds its own queue must not keep the queue alive for ever.
-    serial->async([serial, work = countingDrops(held)]() mutable { work(); });
-    serial->asyncAfter(1h, countingDrops(held));
-    concurrent->asyncAfter(1h, countingDrops(held));
-    std::thread waiting([&] { serial->sync(countingDrops(held)); });
-    std::thread ending([&] { pool.reset(); });
-    release.signal();
-    ending.join();
-    waiting.join();
+    std::thread releasing([&] { release.signal(); });
+    pool.reset();
     EXPECT_TRUE(ended);
-    serial->async(countingDrops(held));
-    concurrent->asyncAfter(0ms, countingDrops(held));
-    serial->sync(countingDrops(held));
-    EXPECT_EQ(held.use_count(), 1);
-    EXPECT_EQ(serial.use_count(), 1);
+    releasing.join();
 }
 
-TEST(QueuePool, may_end_inside_its_own_work) {
-    auto pool = std::make_unique<QueuePool>(2, QueuePool::Priority::standard);
-    const auto queue = pool->makeSerialQueue("serial");
+TEST(QueuePool, its_end_drops_what_has_not_begun_even_when_its_own_work_ends_it) {
+    auto pool = std::make_unique<QueuePool>(1, QueuePool::Priority::standard);
+    const auto serial = pool->makeSerialQueue("serial");
+    const auto concurrent = pool->makeConcurrentQueue("concurrent");
     const auto held = std::make_shared<int>(0);
+    CountingSemaphore queued(0);
     CountingSemaphore ended(0);
-    queue->async([&] {
+    serial->async([&] {
+        queued.wait();
         pool.reset();
-        queue->async(countingDrops(held));
         ended.signal();
     });
+    serial->async(neverRun(held));
+    concurrent->async(neverRun(held));
+    queued.signal();
     ended.wait();
+    // Comes back, since the piece is dropped at the latest when the thread of the pool has gone.
+    serial->sync([] { ADD_FAILURE() << "ran"; });
+}
+
+TEST(QueuePool, its_queues_outlive_it_and_then_drop_work_at_once) {
+    auto pool = std::make_unique<QueuePool>(2, QueuePool::Priority::standard);
+    const auto serial = pool->makeSerialQueue("serial");
+    const auto concurrent = pool->makeConcurrentQueue("concurrent");
+    const auto held = std::make_shared<int>(0);
+    // A piece that holds its own queue must not keep the queue alive for ever.
+    serial->asyncAfter(1h, [serial, work = neverRun(held)]() mutable { work(); });
+    concurrent->asyncAfter(1h, [concurrent, work = neverRun(held)]() mutable { work(); });
+    pool.reset();
+    EXPECT_EQ(serial.use_count(), 1);
+    EXPECT_EQ(concurrent.use_count(), 1);
+    serial->async(neverRun(held));
+    serial->sync(neverRun(held));
+    concurrent->asyncAfter(0ms, neverRun(held));
     EXPECT_EQ(held.use_count(), 1);
 }
 
@@ -214,8 +222,8 @@ TEST(MainQueue, its_wake_handler_hears_of_the_first_piece_and_of_an_earlier_dela
 TEST(MainQueue, drops_what_is_left_at_its_end) {
     const auto held = std::make_shared<int>(0);
     auto queue = std::make_unique<MainQueue>();
-    queue->async(countingDrops(held));
-    queue->asyncAfter(1h, countingDrops(held));
+    queue->async(neverRun(held));
+    queue->asyncAfter(1h, neverRun(held));
     queue.reset();
     EXPECT_EQ(held.use_count(), 1);
 }
