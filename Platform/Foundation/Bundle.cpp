@@ -55,7 +55,6 @@ class Bundle::Tables {
 public:
     explicit Tables(std::filesystem::path folder)
         : folder_(std::move(folder))
-        , languages_(languagesIn(folder))
         , environment_(environmentLanguages()) {}
 
     std::vector<std::string> preferredLanguages(const std::optional<boost::json::array>& preferences) {
