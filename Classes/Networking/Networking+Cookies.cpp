@@ -1,0 +1,117 @@
+#include "Classes/Networking/Networking.h"
+
+#include "Classes/Interfaces/CrashReporterType.h"
+#include "Classes/Interfaces/IApplication.h"
+#include "Classes/Interfaces/SettingsPersistenceType.h"
+#include "Platform/Device/Device.h"
+#include "Platform/Foundation/FatalError.h"
+#include "Platform/Foundation/RegularExpression.h"
+#include "Platform/Http/CookieStorage.h"
+
+#include <algorithm>
+
+namespace teralune {
+namespace {
+
+RegularExpression compiled(std::string_view pattern) {
+    auto expression = RegularExpression::compile(pattern);
+    if (!expression)
+        fatalError("A pattern of the request pipeline does not compile");
+    return *std::move(expression);
+}
+
+std::string_view orientationWord(std::int64_t orientation) {
+    switch (orientation) {
+    case 1:
+    case 2:
+        return "portrait";
+    case 3:
+    case 4:
+        return "landscape";
+    default:
+        return "unknown";
+    }
+}
+
+/// Whether no separator of any script can be in the text, which is so of nearly every cookie value.
+bool isPlain(std::string_view text) {
+    return std::all_of(text.begin(), text.end(),
+                       [](char c) { return c > ' ' && c < '\x7f' && c != ',' && c != ';' && c != '='; });
+}
+
+} // namespace
+
+std::string Networking::cookie(std::string_view name, std::string_view value) {
+    static const RegularExpression separators = compiled("[\\s,;=]+");
+    std::string item(name);
+    item.push_back('=');
+    item.append(isPlain(value) ? std::string(value) : separators.replacingMatches(value, "_"));
+    return item;
+}
+
+std::vector<std::pair<std::string_view, std::string>> Networking::standardCookieHeaders() const {
+    const SettingsPersistenceType& persistence = application_.persistence();
+    const Device& device = *application_.platform().device;
+    return {
+        {"tq.platform", "iOS"},
+        {"tq.app", application_.appName() + "/" + application_.appVersion() + "." + application_.buildNum()},
+        {"tq.device", device.modelDescription()},
+        {"tq.os", device.systemVersion()},
+        {"tq.installation", persistence.installationID()},
+        {"tq.orientation", std::string(orientationWord(application_.currentOrientation()))},
+        {"tq2.decimal", std::to_string(persistence.numDecimalDisplay())},
+    };
+}
+
+std::string Networking::getCookieString(IsLogout isLogout) const {
+    std::string header;
+    const auto append = [&header](std::string_view name, std::string_view value) {
+        header.append(header.empty() ? "" : ";").append(cookie(name, value));
+    };
+    for (const auto& [name, value] : standardCookieHeaders())
+        append(name, value);
+    {
+        const std::lock_guard lock(playSessionMutex_);
+        if (playSession_)
+            append(PlaySessionKey, *playSession_);
+    }
+    const SettingsPersistenceType& persistence = application_.persistence();
+    if (const auto token = isLogout.value ? persistence.logoutAccessToken() : persistence.accessToken())
+        append("tq.token", *token);
+    return header;
+}
+
+void Networking::addCookieTo(URLRequest& request, std::string_view key, std::string_view value) const {
+    request.headers.add("Cookie", cookie(key, value));
+}
+
+void Networking::removeURLCookiesFrom(const URLRequest& request) const {
+    application_.platform().cookieStorage->removeCookies(request.url);
+}
+
+void Networking::capturePlaySession(const HTTPURLResponse& response) {
+    static const RegularExpression assignment = compiled("PLAY_SESSION=([^;]+);");
+    const auto header = response.headers.value("Set-Cookie");
+    if (!header || header->find(PlaySessionKey) == std::string::npos)
+        return;
+    auto match = assignment.firstMatch(*header);
+    if (!match || match->size() < 2)
+        return;
+    const std::lock_guard lock(playSessionMutex_);
+    playSession_ = std::move((*match)[1]);
+}
+
+bool Networking::validateResponse(const HTTPURLResponse& response, const URLRequest& request) {
+    capturePlaySession(response);
+    if (response.statusCode >= 200 && response.statusCode <= 299)
+        return true;
+    const std::string failed = std::string(name(request.method)) + " " + request.url;
+    application_.crashReporter().recordError(
+        {std::string(NetworkingDomain),
+         response.statusCode,
+         "The server answered with status " + std::to_string(response.statusCode) + ".",
+         {{"Request", failed}}});
+    return false;
+}
+
+} // namespace teralune

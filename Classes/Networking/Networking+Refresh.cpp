@@ -1,0 +1,107 @@
+#include "Classes/Networking/Networking.h"
+
+#include "Classes/Interfaces/IApplication.h"
+#include "Classes/Interfaces/SettingsPersistenceType.h"
+#include "Classes/Interfaces/UserAccountModelType.h"
+#include "Classes/Networking/RefreshResponse.h"
+
+namespace teralune {
+namespace {
+
+constexpr int forbidden = 403;
+
+std::optional<RefreshResponse> mapRefreshResponse(const boost::json::object& json) {
+    return RefreshResponse::map(json);
+}
+
+} // namespace
+
+void Networking::should(SessionManager& manager, const SessionTask& request, const Error& /*error*/,
+                        RetryCompletion completion) {
+    if (&manager == sessionManagerWithPrivateToken_.get() && !application_.userAccountModel().isLoggedIn()) {
+        log("Skipping endless loop: don't retry token request, user is not logged in.");
+        completion(RetryDecision::doNotRetry, {});
+        return;
+    }
+    if (!request.response || request.response->statusCode != forbidden) {
+        log("Something went wrong with the request (not a 403)");
+        log("Failed request: %@",
+            {std::string(name(request.originalRequest.method)) + " " + request.originalRequest.url});
+        completion(RetryDecision::doNotRetry, {});
+        return;
+    }
+    {
+        const std::lock_guard lock(lock_);
+        if (isRefreshing_) {
+            requestsToRetry_.push_back(std::move(completion));
+            return;
+        }
+        isRefreshing_ = true;
+    }
+    // The flag alone keeps a second refresh away, so the refresh begins without the lock: it asks the host
+    // for the sign-in state and for its log.
+    refreshToken(
+        [this, lifetime = lifetime_.watch(), completion = std::move(completion)](bool isRefreshed) mutable {
+            if (!lifetime.isOver())
+                releaseHeldRequests(isRefreshed, std::move(completion));
+        });
+}
+
+void Networking::releaseHeldRequests(bool isRefreshed, RetryCompletion first) {
+    log("Refresh was successful: %@", {isRefreshed ? "true" : "false"});
+    const RetryDecision decision = isRefreshed ? RetryDecision::retry : RetryDecision::doNotRetry;
+    // Under the lock, so that a request which fails meanwhile waits either for this refresh or for the next,
+    // and is never left behind between the two. A retry completion only posts.
+    const std::lock_guard lock(lock_);
+    first(decision, {});
+    for (RetryCompletion& completion : requestsToRetry_)
+        completion(decision, {});
+    requestsToRetry_.clear();
+    isRefreshing_ = false;
+}
+
+void Networking::refreshToken(UniqueFunction<void(bool)> completion) {
+    const bool isLoggedIn = application_.userAccountModel().isLoggedIn();
+    const std::string url = fullHostName() + (isLoggedIn ? "/refresh" : "/api/mobile/token");
+    log("Request to: %@", {url});
+
+    const std::lock_guard lock(lock_);
+    if (isEnding_)
+        return;
+    SessionManager& manager = isLoggedIn ? *sessionManagerWithPrivateToken_ : *sessionManagerWithAnyToken_;
+    // A refresh that is refused must fail rather than wait for itself, and must not queue behind the requests
+    // that wait for it.
+    manager.request(url, HttpMethod::post)
+        .validate()
+        .withoutRetrier()
+        .inLane(TransferLane::control)
+        .responseObject<RefreshResponse>(
+            mapRefreshResponse,
+            [this, lifetime = lifetime_.watch(),
+             completion = std::move(completion)](const DataResponse<RefreshResponse>& response) mutable {
+                if (!lifetime.isOver())
+                    completion(consumeRefresh(response));
+            })
+        .detach();
+}
+
+bool Networking::consumeRefresh(const DataResponse<RefreshResponse>& response) {
+    if (!response.result) {
+        // The server no longer knows the session.
+        if (response.statusCode() == forbidden)
+            application_.userAccountModel().logoutUserAndPromptForLogin();
+        return false;
+    }
+    const RefreshResponse& answer = response.result.value();
+    if (answer.alert) {
+        log("Alert from refresh: %@", {*answer.alert});
+        return false;
+    }
+    if (!answer.jwt)
+        return false;
+    log("Successfully received new access token: %@", {*answer.jwt});
+    application_.persistence().setAccessToken(answer.jwt);
+    return true;
+}
+
+} // namespace teralune

@@ -1,0 +1,74 @@
+#pragma once
+
+#include "Classes/Interfaces/IApplication.h"
+#include "Classes/Model/SettingsPersistence.h"
+#include "Tests/Support/FakeConstants.h"
+#include "Tests/Support/FakePlatform.h"
+#include "Tests/Support/FakeUserAccountModel.h"
+#include "Tests/Support/RecordingCrashReporter.h"
+
+#include <memory>
+#include <string>
+
+namespace teralune {
+
+/// A host for tests: records what is reported, keeps its settings in memory, and hands out the services that
+/// the test has put into it. Asking for a service that was not put in ends the test program.
+class FakeApplication final : public IApplication {
+public:
+    FakePlatform fakePlatform;
+    FakeConstants constants;
+    RecordingCrashReporter recordingCrashReporter;
+    SettingsPersistence settings{fakePlatform.services.userDefaults};
+    FakeUserAccountModel fakeUserAccountModel{settings};
+
+    std::string name = "My App";
+    std::string version = "3.1";
+    std::string build = "42";
+    std::int64_t orientation = 1;
+    bool isBig = false;
+    int logOutsTold = 0; ///< calls of userWasLoggedOut
+    std::shared_ptr<ExternalUserAgentSession> authorizationFlow;
+
+    NetworkingType* networkingService = nullptr;
+    UserAccountModelType* userAccountModelService = &fakeUserAccountModel;
+    SettingsPersistenceType* persistenceService = &settings;
+    NetworkReachabilityType* networkReachabilityService = nullptr;
+    InterfaceDisplayConfigurationType* displayConfigurationService = nullptr;
+    NotebookSynchronizationJobType* notebookSynchronizationJobService = nullptr;
+    DataController* dataControllerService = nullptr;
+    LoggerType* loggerService = nullptr;
+    NoteDataFinderType* noteDataFinderService = nullptr;
+
+    /// Runs every queue until all are idle.
+    void run() { fakePlatform.run(); }
+
+    CrashReporterType& crashReporter() override { return recordingCrashReporter; }
+    std::string appName() const override { return name; }
+    std::string appVersion() const override { return version; }
+    std::string buildNum() const override { return build; }
+    std::string osInfo() const override { return "Test OS"; }
+    std::string msAuthUrlScheme() const override { return "msauth.teralune"; }
+    bool big() const override { return isBig; }
+    std::int64_t currentOrientation() const override { return orientation; }
+    void userWasLoggedOut() override { ++logOutsTold; }
+    std::shared_ptr<ExternalUserAgentSession> currentAuthorizationFlow() const override {
+        return authorizationFlow;
+    }
+    void setCurrentAuthorizationFlow(std::shared_ptr<ExternalUserAgentSession> flow) override {
+        authorizationFlow = std::move(flow);
+    }
+
+    NetworkingType& networking() override;
+    UserAccountModelType& userAccountModel() override;
+    SettingsPersistenceType& persistence() override;
+    NetworkReachabilityType& networkReachability() override;
+    InterfaceDisplayConfigurationType& displayConfiguration() override;
+    NotebookSynchronizationJobType& notebookSynchronizationJob() override;
+    DataController& dataController() override;
+    LoggerType& logger() override;
+    NoteDataFinderType& noteDataFinder() override;
+    const PlatformServices& platform() const override { return fakePlatform.services; }
+};
+
+} // namespace teralune
