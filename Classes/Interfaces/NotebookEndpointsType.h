@@ -29,6 +29,13 @@ struct PreviewNotesReply {
     std::optional<std::string> name; ///< the list's title
 };
 
+/// How adding a shared list ended. The server refuses a list too many: then success is false and limitReached
+/// true.
+struct SavePreviewNotesReply {
+    bool success = false;
+    bool limitReached = false;
+};
+
 /// Labels that tell the three forms of updateNote apart.
 struct Favorite {
     bool value = false;
@@ -45,8 +52,10 @@ struct TagChange {
 };
 
 /// The notebook on the server. Each operation may be called from any thread; completions run exactly once, on
-/// the main queue, with false on any failure. The local store is not touched here. Changes that succeed (but
-/// for those of updateNote) post UserUpdatedNoteNotification.
+/// the main queue, with false on any failure. The local store is not touched here.
+///
+/// A change that succeeds posts UserUpdatedNoteNotification before its completion runs. Remarks and tags are
+/// the exception: their editors change several notes in a row and post once, when the whole change is done.
 class NotebookEndpointsType {
 public:
     virtual ~NotebookEndpointsType() = default;
@@ -57,7 +66,8 @@ public:
     virtual void loadPreviewNotes(const std::string& listID,
                                   UniqueFunction<void(PreviewNotesReply)> completion) = 0;
     /// Adds a shared list to the user's notebook.
-    virtual void savePreviewNotes(const std::string& listID, UniqueFunction<void(bool)> completion) = 0;
+    virtual void savePreviewNotes(const std::string& listID,
+                                  UniqueFunction<void(SavePreviewNotesReply)> completion) = 0;
     virtual void saveNote(const std::string& query, const std::string& topic, const std::string& savedFrom,
                           UniqueFunction<void(bool)> completion) = 0;
     /// A graph note; graphJson is its definition as JSON text, and without an identifier a new note is made.

@@ -92,7 +92,8 @@ public:
     querySuggestions(const std::string& query,
                      UniqueFunction<void(std::optional<std::vector<Suggestion>>)> completion) = 0;
 
-    /// The bytes of the image at the URL, as wide as given, in Base64.
+    /// The bytes of the image at the URL, as wide as given, in Base64. The request carries the identity
+    /// cookies as every other does, so the URL must be one of the service's.
     virtual Task<std::string> requestImage(const std::string& url, int pixelWidth) = 0;
 };
 

@@ -1,34 +1,40 @@
 #pragma once
 
 #include "Classes/Interfaces/NetworkingType.h"
-#include "Platform/Foundation/RegularExpression.h"
+#include "Classes/Networking/ResponseBodySummary.h"
+#include "Platform/Foundation/Lifetime.h"
+#include "Platform/Foundation/StringFormat.h"
 #include "Platform/Http/DataRequest.h"
 #include "Platform/Http/RequestAdapter.h"
 #include "Platform/Http/RequestRetrier.h"
 #include "Platform/Http/SessionManager.h"
 
 #include <chrono>
+#include <initializer_list>
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace teralune {
 
-class CrashReporterType;
 class IApplication;
+struct RefreshResponse;
 class ITeraluneConstants;
 
 /// The one client of the solver service's HTTP API. Made by the host and handed out as
-/// application.networking().
+/// application.networking(); made and destroyed on the main thread.
 ///
 /// Operations may be called from any thread; their completions run exactly once, on the main queue. Identity
 /// travels in the Cookie header, which the adapter writes for every attempt; a 403 makes the client fetch one
 /// new token, while every other refused request waits, and then retries them all. The destructor ends what is
 /// under way: each completion is told a failure.
+///
+/// What is sent and received is logged. Passwords, authorization codes and identity providers' profiles are
+/// masked; the one token that reaches the log is the one in the line about a new access token.
 class Networking final : public NetworkingType, public RequestAdapter, public RequestRetrier {
 public:
     static constexpr std::string_view NetworkingDomain = "TeraluneNetworking";
@@ -49,12 +55,13 @@ public:
     SessionManager& sessionManagerWithAnyToken() { return *sessionManagerWithAnyToken_; }
     SessionManager& sessionManagerWithoutToken() { return *sessionManagerWithoutToken_; }
 
-    /// A request with default validation attached, logged with its parameters (values of passwords masked).
+    /// A request with default validation attached, logged with its parameters (secret ones masked).
     DataRequest makeRequest(const std::string& url, HttpMethod method, const HttpParameters& parameters,
                             SessionManager& manager);
 
-    /// Writes the Cookie header. Delegate queue.
+    /// Writes the Cookie header, whatever the request's host is. Delegate queue.
     Result<URLRequest> adapt(URLRequest request) override;
+    /// Refreshes the token after a 403 and retries what it was refused for; nothing else is retried.
     void should(SessionManager& manager, const SessionTask& request, const Error& error,
                 RetryCompletion completion) override;
 
@@ -68,8 +75,10 @@ public:
     /// name=value, each run of blanks, commas, semicolons and "=" in the value replaced by one "_".
     static std::string cookie(std::string_view name, std::string_view value);
 
-    std::optional<std::string> encodeString(std::string_view text) const;
-    std::optional<std::string> encodeStringForQuery(std::string_view text) const;
+    /// Percent-encodes all that a URL fragment may not hold, and "'"; no value for text that is not UTF-8.
+    static std::optional<std::string> encodeString(std::string_view text);
+    /// Percent-encodes all that a URL query may not hold, and ' & / = +; no value for text that is not UTF-8.
+    static std::optional<std::string> encodeStringForQuery(std::string_view text);
     std::string urlEncode(std::string_view text) const override;
     std::optional<std::string> staticLocalURL(std::string_view page) const override;
 
@@ -99,7 +108,8 @@ public:
     void getNotebookEntries(UniqueFunction<void(NotebookEntriesReply)> completion) override;
     void loadPreviewNotes(const std::string& listID,
                           UniqueFunction<void(PreviewNotesReply)> completion) override;
-    void savePreviewNotes(const std::string& listID, UniqueFunction<void(bool)> completion) override;
+    void savePreviewNotes(const std::string& listID,
+                          UniqueFunction<void(SavePreviewNotesReply)> completion) override;
     void saveNote(const std::string& query, const std::string& topic, const std::string& savedFrom,
                   UniqueFunction<void(bool)> completion) override;
     void saveGraph(const std::optional<std::string>& graphId, const std::string& graphJson,
@@ -140,16 +150,51 @@ public:
                                     const std::optional<std::string>& json);
 
 private:
+    /// Whether a request is the sign-out, which carries the token that was in force before it.
+    struct IsLogout {
+        bool value = false;
+    };
+
+    std::string language() const;
+    void print(std::string_view line) const;
+    void log(std::string_view format, std::initializer_list<FormatArgument> arguments = {}) const;
+    DataRequest post(std::string_view path, const HttpParameters& parameters, SessionManager& manager);
+
+    std::string getCookieString(IsLogout isLogout) const;
+    std::vector<std::pair<std::string_view, std::string>> standardCookieHeaders() const;
+    void capturePlaySession(const HTTPURLResponse& response);
+
+    void taskDidComplete(const SessionTask& task, const std::optional<Error>& error);
+    void report(const Error& error, const std::string& url, int responseCode) const;
+    CachedURLResponse dataTaskWillCacheResponse(CachedURLResponse proposed) const;
+    void logResponse(const HTTPURLResponse& response, const ResponseObject& responseObject) const;
+
+    void refreshToken(UniqueFunction<void(bool)> completion);
+    bool consumeRefresh(const DataResponse<RefreshResponse>& response);
+    void releaseHeldRequests(bool isRefreshed, RetryCompletion first);
+
+    Task<void> postForAlert(std::string_view path, const HttpParameters& parameters, SessionManager& manager);
+    void signIn(DataRequest request, UniqueFunction<void(SignInReply)> completion);
+    void changeNotes(std::string_view path, const HttpParameters& parameters,
+                     UniqueFunction<void(bool)> completion);
+    void logCameraEvent(const std::string& toHost, const HttpParameters& event);
+
     IApplication& application_;
     const ITeraluneConstants& constants_;
 
-    std::mutex lock_; ///< guards isRefreshing_ and requestsToRetry_
+    mutable std::mutex playSessionMutex_; ///< replies set the value while requests are being written
+    std::optional<std::string> playSession_;
+
+    std::mutex lock_; ///< guards the three below
     bool isRefreshing_ = false;
+    bool isEnding_ = false; ///< no refresh is started any more
     std::vector<RetryCompletion> requestsToRetry_;
 
     std::unique_ptr<SessionManager> sessionManagerWithPrivateToken_;
     std::unique_ptr<SessionManager> sessionManagerWithAnyToken_;
     std::unique_ptr<SessionManager> sessionManagerWithoutToken_;
+
+    Lifetime lifetime_;
 };
 
 } // namespace teralune
