@@ -108,17 +108,26 @@ std::int64_t Statement::integer(int column) const {
     return sqlite3_column_int64(statement_, column);
 }
 
-std::string_view Statement::text(int column) {
+std::optional<std::string_view> Statement::optionalText(int column) {
     const unsigned char* const bytes = sqlite3_column_text(statement_, column);
     if (bytes == nullptr) {
         // Either NULL, or a long text for which there was no memory.
         if (sqlite3_errcode(sqlite3_db_handle(statement_)) == SQLITE_NOMEM) {
             keepFailure(SQLITE_NOMEM);
         }
-        return {};
+        return std::nullopt;
     }
-    return {reinterpret_cast<const char*>(bytes),
-            static_cast<std::size_t>(sqlite3_column_bytes(statement_, column))};
+    return std::string_view(reinterpret_cast<const char*>(bytes),
+                            static_cast<std::size_t>(sqlite3_column_bytes(statement_, column)));
+}
+
+std::string_view Statement::text(int column) {
+    return optionalText(column).value_or(std::string_view());
+}
+
+std::optional<std::string> Statement::optionalString(int column) {
+    const std::optional<std::string_view> view = optionalText(column);
+    return view ? std::optional<std::string>(*view) : std::nullopt;
 }
 
 std::optional<std::int64_t> Statement::optionalInteger(int column) const {
@@ -126,20 +135,6 @@ std::optional<std::int64_t> Statement::optionalInteger(int column) const {
         return std::nullopt;
     }
     return integer(column);
-}
-
-std::optional<std::string_view> Statement::optionalText(int column) {
-    if (isNull(column)) {
-        return std::nullopt;
-    }
-    return text(column);
-}
-
-std::optional<std::string> Statement::optionalString(int column) {
-    if (isNull(column)) {
-        return std::nullopt;
-    }
-    return std::string(text(column));
 }
 
 } // namespace teralune

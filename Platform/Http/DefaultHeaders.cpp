@@ -21,12 +21,9 @@ std::string acceptLanguage(const std::vector<std::string>& languages) {
 } // namespace
 
 HttpHeaders SessionManager::defaultHTTPHeaders(const PlatformServices& platform) {
-    HttpHeaders headers{{"Accept-Encoding", "gzip, deflate"},
-                        {"User-Agent", "TeraluneSharedLibrary/" TERALUNE_VERSION " (Linux)"}};
-    if (const auto languages = platform.mainBundle->preferredLocalizations(); !languages.empty()) {
-        headers.add("Accept-Language", acceptLanguage(languages));
-    }
-    return headers;
+    return {{"Accept-Encoding", "gzip, deflate"},
+            {"Accept-Language", acceptLanguage(platform.mainBundle->preferredLocalizations())},
+            {"User-Agent", "TeraluneSharedLibrary/" TERALUNE_VERSION " (Linux)"}};
 }
 
 } // namespace teralune

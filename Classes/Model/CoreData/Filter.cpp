@@ -14,31 +14,36 @@ constexpr int favoriteSection = 1;
 constexpr int topicSection = 2;
 constexpr int tagSection = 3;
 
-std::string quoted(std::string_view text) {
-    std::string result = "\"";
+void appendQuoted(std::string& result, std::string_view text) {
+    result += '"';
     for (const char character : text) {
         if (character == '"' || character == '\\') {
             result += '\\';
         }
         result += character;
     }
-    return result + '"';
+    result += '"';
 }
 
 std::string describe(const std::map<std::string, bool>& map) {
-    std::string result;
+    std::string result = "[";
     for (const auto& [key, flag] : map) {
-        result += (result.empty() ? "" : ", ") + quoted(key) + (flag ? ": true" : ": false");
+        result += result.size() > 1 ? ", " : "";
+        appendQuoted(result, key);
+        result += flag ? ": true" : ": false";
     }
-    return "[" + (result.empty() ? ":" : result) + "]";
+    result += map.empty() ? ":]" : "]";
+    return result;
 }
 
 std::string listOf(const std::vector<std::string>& options) {
-    std::string result;
+    std::string result = "[";
     for (const std::string& option : options) {
-        result += (result.empty() ? "" : ", ") + quoted(option);
+        result += result.size() > 1 ? ", " : "";
+        appendQuoted(result, option);
     }
-    return "[" + result + "]";
+    result += ']';
+    return result;
 }
 
 std::optional<std::size_t> rowOf(IndexPath indexPath, std::size_t count) {

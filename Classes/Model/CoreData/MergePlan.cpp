@@ -94,11 +94,11 @@ void MergePlan::meetTag(std::int64_t tagID, std::optional<std::string_view> text
 
 bool MergePlan::differs(const StoredEntry& entry, const Record& record) const {
     const NotebookEntryRecord& fields = record.fields;
-    const std::optional<std::int64_t> isFavorite =
-        fields.isFavorite ? std::optional<std::int64_t>(*fields.isFavorite ? 1 : 0) : std::nullopt;
-    return entry.lastChange != record.lastChange || entry.isFavorite != isFavorite ||
-           entry.savedFrom != fields.savedFrom || entry.topic != fields.topic ||
-           entry.notes != fields.notes || entry.url != fields.url || entry.graph != fields.graph();
+    const bool hasSameStar =
+        fields.isFavorite ? entry.isFavorite == std::int64_t{*fields.isFavorite ? 1 : 0} : !entry.isFavorite;
+    return !hasSameStar || entry.lastChange != record.lastChange || entry.savedFrom != fields.savedFrom ||
+           entry.topic != fields.topic || entry.notes != fields.notes || entry.url != fields.url ||
+           entry.graph != fields.graph();
 }
 
 void MergePlan::meetEntry(const StoredEntry& entry, std::span<const std::int64_t> storedTagIDs) {

@@ -3,12 +3,13 @@
 #include "Classes/Model/CoreData/NotebookEntryRecord.h"
 #include "Platform/Foundation/Date.h"
 
+#include <boost/unordered/unordered_flat_map.hpp>
+
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
 #include <string_view>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -90,6 +91,7 @@ private:
 
     /// Seeded afresh in each plan: a server can't choose texts that all fall together.
     struct SeededHash {
+        using is_avalanching = void;
         std::uint64_t seed;
         std::size_t operator()(std::string_view text) const;
     };
@@ -99,10 +101,10 @@ private:
 
     std::vector<Record> records_;
     std::vector<Note> notes_;
-    std::unordered_map<std::string_view, std::size_t, SeededHash> noteOfID_;
+    boost::unordered_flat_map<std::string_view, std::size_t, SeededHash> noteOfID_;
     std::vector<std::string_view> tagTexts_;
     std::vector<std::optional<std::int64_t>> tagIDs_;
-    std::unordered_map<std::string_view, std::uint32_t, SeededHash> placeOfTag_;
+    boost::unordered_flat_map<std::string_view, std::uint32_t, SeededHash> placeOfTag_;
     std::vector<Update> updates_;
     std::vector<NewLink> newLinks_;
     std::vector<OldLink> oldLinks_;

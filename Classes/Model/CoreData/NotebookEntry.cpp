@@ -45,23 +45,17 @@ std::optional<Value> readSteps(const NotebookEntryBatch& list, std::size_t place
 } // namespace
 
 NotebookEntry::NotebookEntry(NotebookEntryValues values)
-    : remoteID_(std::move(values.remoteID))
-    , problem_(std::move(values.problem))
-    , notes_(std::move(values.notes))
-    , isFavorite_(values.isFavorite) {
-    list_ = std::make_shared<const NotebookEntryBatch>(NotebookEntryBatch::Details{
-        values.lastChange, std::move(values.savedFrom), std::move(values.topic), std::move(values.graph),
-        std::move(values.url), std::move(values.tagStrings)});
-}
+    : list_(std::make_shared<const NotebookEntryBatch>(NotebookEntryBatch::Details{
+          values.lastChange, std::move(values.savedFrom), std::move(values.topic), std::move(values.graph),
+          std::move(values.url), std::move(values.tagStrings)}))
+    , listed_{std::move(values.remoteID), std::move(values.problem), std::move(values.notes),
+              values.isFavorite} {}
 
 NotebookEntry::NotebookEntry(std::shared_ptr<const NotebookEntryBatch> list, std::size_t place,
-                             NotebookEntryValues&& loaded)
+                             ListedAttributes&& loaded)
     : list_(std::move(list))
     , place_(place)
-    , remoteID_(std::move(loaded.remoteID))
-    , problem_(std::move(loaded.problem))
-    , notes_(std::move(loaded.notes))
-    , isFavorite_(loaded.isFavorite) {}
+    , listed_(std::move(loaded)) {}
 
 NotebookEntry::~NotebookEntry() = default;
 NotebookEntry::NotebookEntry(const NotebookEntry&) = default;
@@ -164,7 +158,7 @@ void NotebookEntry::setNotes(const std::string& notes, ObjectContext& context,
             return;
         }
     }
-    notes_ = notes;
+    listed_.notes = notes;
 }
 
 } // namespace teralune

@@ -15,6 +15,14 @@ class CrashReporterType;
 class NotebookEntryBatch;
 class ObjectContext;
 
+/// What a list holds of each note from the start.
+struct ListedAttributes {
+    std::optional<std::string> remoteID;
+    std::optional<std::string> problem;
+    std::optional<std::string> notes;
+    std::optional<bool> isFavorite;
+};
+
 /// What a note is made of, for a note that is in no store (the preview of a shared list).
 struct NotebookEntryValues {
     std::optional<std::string> remoteID;
@@ -44,7 +52,7 @@ public:
     explicit NotebookEntry(NotebookEntryValues values);
     /// For the repository: the note at a place of a list that was read.
     NotebookEntry(std::shared_ptr<const NotebookEntryBatch> list, std::size_t place,
-                  NotebookEntryValues&& loaded);
+                  ListedAttributes&& loaded);
     ~NotebookEntry();
     NotebookEntry(const NotebookEntry&);
     NotebookEntry(NotebookEntry&&) noexcept;
@@ -52,12 +60,12 @@ public:
     NotebookEntry& operator=(NotebookEntry&&) noexcept;
 
     /// The server's identifier, the key of the merge.
-    const std::optional<std::string>& remoteID() const { return remoteID_; }
+    const std::optional<std::string>& remoteID() const { return listed_.remoteID; }
     /// The problem as the user typed it, the key by which a note is looked up.
-    const std::optional<std::string>& problem() const { return problem_; }
+    const std::optional<std::string>& problem() const { return listed_.problem; }
     /// The user's remarks.
-    const std::optional<std::string>& notes() const { return notes_; }
-    const std::optional<bool>& isFavorite() const { return isFavorite_; }
+    const std::optional<std::string>& notes() const { return listed_.notes; }
+    const std::optional<bool>& isFavorite() const { return listed_.isFavorite; }
 
     const std::optional<Date>& lastChange() const;
     const std::optional<std::string>& savedFrom() const;
@@ -88,10 +96,7 @@ public:
 private:
     std::shared_ptr<const NotebookEntryBatch> list_;
     std::size_t place_ = 0;
-    std::optional<std::string> remoteID_;
-    std::optional<std::string> problem_;
-    std::optional<std::string> notes_;
-    std::optional<bool> isFavorite_;
+    ListedAttributes listed_;
     std::shared_ptr<const std::vector<std::string>> changedTags_; ///< set once the tags were changed
 };
 

@@ -20,9 +20,11 @@ constexpr const char* tagsQuery = "SELECT list.key, tags.tagText FROM json_each(
 std::string jsonArray(const std::vector<std::int64_t>& numbers) {
     std::string text = "[";
     for (const std::int64_t number : numbers) {
-        text += (text.size() > 1 ? "," : "") + std::to_string(number);
+        text += text.size() > 1 ? "," : "";
+        text += std::to_string(number);
     }
-    return text + "]";
+    text += ']';
+    return text;
 }
 
 } // namespace

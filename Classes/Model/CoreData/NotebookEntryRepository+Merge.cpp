@@ -52,9 +52,6 @@ Result<void> meetStore(Database& database, MergePlan& plan) {
                 tagIDs.push_back(links.integer(1));
             }
         }
-        if (Result<void> read = entries.result(); !read) {
-            return read;
-        }
         plan.meetEntry(entry, tagIDs);
     }
     Result<void> result = entries.result();

@@ -45,7 +45,10 @@ std::vector<NotebookEntry> NotebookEntryRepository::entriesForFilter(const Filte
     const Result<void> read = managedObjectContext_->fetchAndWait([&](Database& database) -> Result<void> {
         std::string sql = "SELECT id, problem, isFavorite, remoteID, notes FROM entries";
         const std::optional<Predicate> predicate = filter.predicate();
-        if (predicate) {
+        if (!predicate) {
+            const Result<std::int64_t> rows = database.integer("SELECT count(*) FROM entries");
+            notes.reserve(rows ? static_cast<std::size_t>(rows.value()) : 0);
+        } else {
             const Predicate::Compiled compiled = predicate->compiled();
             if (Result<void> stored = storeLists(database, compiled); !stored) {
                 return stored;
@@ -61,15 +64,15 @@ std::vector<NotebookEntry> NotebookEntryRepository::entriesForFilter(const Filte
             });
         Statement query = database.statement(sql);
         while (query.nextRow()) {
-            NotebookEntryValues values;
-            values.problem = query.optionalString(1);
+            ListedAttributes listed;
+            listed.problem = query.optionalString(1);
             if (const std::optional<std::int64_t> isFavorite = query.optionalInteger(2)) {
-                values.isFavorite = *isFavorite != 0;
+                listed.isFavorite = *isFavorite != 0;
             }
-            values.remoteID = query.optionalString(3);
-            values.notes = query.optionalString(4);
+            listed.remoteID = query.optionalString(3);
+            listed.notes = query.optionalString(4);
             list->append(query.integer(0));
-            notes.emplace_back(list, notes.size(), std::move(values));
+            notes.emplace_back(list, notes.size(), std::move(listed));
         }
         return query.result();
     });

@@ -15,6 +15,10 @@ namespace teralune {
 NotebookEntryRepository::NotebookEntryRepository(std::shared_ptr<ObjectContext> managedObjectContext,
                                                  IApplication& application)
     : managedObjectContext_(std::move(managedObjectContext))
+    ,
+    // The server's times carry no zone. Taken as UTC they mean the same moment on every device, and none
+    // falls into the gap of a clock change.
+    dateFormatter_({.locale = "en_US_POSIX", .pattern = "MMM dd, yyyy hh:mm:ss a", .timeZone = "UTC"})
     , application_(application) {}
 
 NotebookEntryRepository::~NotebookEntryRepository() = default;

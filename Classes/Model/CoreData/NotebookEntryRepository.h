@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Classes/Interfaces/NotebookEntryRepositoryType.h"
-#include "Classes/Model/CoreData/NoteDateFormatter.h"
+#include "Platform/Foundation/DateFormatter.h"
 #include "Platform/Foundation/Error.h"
 
 #include <cstdint>
@@ -67,7 +67,7 @@ private:
     std::vector<std::string> distinctTexts(std::string_view sql, std::string_view message) const;
 
     std::shared_ptr<ObjectContext> managedObjectContext_;
-    NoteDateFormatter dateFormatter_;
+    DateFormatter dateFormatter_;
     IApplication& application_;
 };
 
