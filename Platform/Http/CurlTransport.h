@@ -8,6 +8,8 @@
 
 namespace teralune {
 
+class CurlEngine;
+
 /// The transport on libcurl: one thread, one multi handle, and a first-in first-out queue per host in front
 /// of it. Its destructor ends every transfer without completing it further and joins in well under 50 ms,
 /// whatever is in flight, a stuck name lookup included.
@@ -31,8 +33,7 @@ public:
                                                  Completion completion) override;
 
 private:
-    struct Engine;
-    std::shared_ptr<Engine> engine_;
+    std::shared_ptr<CurlEngine> engine_;
 };
 
 } // namespace teralune

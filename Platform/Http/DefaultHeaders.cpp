@@ -21,9 +21,12 @@ std::string acceptLanguage(const std::vector<std::string>& languages) {
 } // namespace
 
 HttpHeaders SessionManager::defaultHTTPHeaders(const PlatformServices& platform) {
-    return {{"Accept-Encoding", "gzip, deflate"},
-            {"Accept-Language", acceptLanguage(platform.mainBundle->preferredLocalizations())},
-            {"User-Agent", "TeraluneSharedLibrary/" TERALUNE_VERSION " (Linux)"}};
+    HttpHeaders headers{{"Accept-Encoding", "gzip, deflate"},
+                        {"User-Agent", "TeraluneSharedLibrary/" TERALUNE_VERSION " (Linux)"}};
+    if (const auto languages = platform.mainBundle->preferredLocalizations(); !languages.empty()) {
+        headers.add("Accept-Language", acceptLanguage(languages));
+    }
+    return headers;
 }
 
 } // namespace teralune

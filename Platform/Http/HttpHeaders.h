@@ -24,6 +24,8 @@ public:
     /// Adds a field and leaves those of the same name as they are.
     void add(std::string name, std::string value);
     void remove(std::string_view name);
+    /// Lengthens the value of the field that was added last.
+    void appendToLast(std::string_view addition) { fields_.back().second.append(addition); }
 
     auto begin() const { return fields_.begin(); }
     auto end() const { return fields_.end(); }

@@ -117,8 +117,9 @@ TEST(StringTable, reads_every_form_of_the_text) {
     for (const auto& [key, text] : expected) {
         EXPECT_EQ(table.text(key), text);
     }
-    const std::string_view little("\xFF\xFE\"\0k\0\"\0=\0\"\0\xD0\x05\x3D\xD8\x00\xDE\"\0;\0", 26);
-    const std::string_view big("\xFE\xFF\0\"\0k\0\"\0=\0\"\x05\xD0\xD8\x3D\xDE\x00\0\"\0;", 24);
+    using namespace std::string_view_literals;
+    const auto little = "\xFF\xFE\"\0k\0\"\0=\0\"\0\xD0\x05\x3D\xD8\x00\xDE\"\0;\0"sv;
+    const auto big = "\xFE\xFF\0\"\0k\0\"\0=\0\"\x05\xD0\xD8\x3D\xDE\x00\0\"\0;"sv;
     EXPECT_EQ(StringTable::parse(little).text("k"), "\u05D0\U0001F600");
     EXPECT_EQ(StringTable::parse(big).text("k"), "\u05D0\U0001F600");
     EXPECT_EQ(StringTable::parse("\xEF\xBB\xBF\"k\"=\"v\";").text("k"), "v");

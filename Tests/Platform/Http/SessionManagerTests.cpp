@@ -1,3 +1,4 @@
+#include "Platform/Defaults/InMemoryUserDefaults.h"
 #include "Platform/Foundation/BundleExtension.h"
 #include "Platform/Http/MultipartFormData.h"
 #include "Tests/Platform/Http/SessionFixture.h"
@@ -220,6 +221,7 @@ TEST_F(SessionManagerTest, fails_the_request_when_user_code_throws) {
     };
     EXPECT_EQ(outcome(), "The request failed. (cache)");
     EXPECT_THAT(events, ElementsAre("complete -1 after 0"));
+    manager->delegate() = {};
     manager->delegate().taskDidComplete = [](const SessionTask&, const std::optional<Error>&) { throw 1; };
     EXPECT_EQ(outcome(), "The request failed. (an exception)");
     adapter.onAdapt = fail;
@@ -334,10 +336,16 @@ TEST_F(SessionManagerTest, may_be_destroyed_by_a_handler_but_not_by_its_own_clos
 }
 
 TEST_F(SessionManagerTest, names_languages_and_itself_in_the_default_headers) {
-    platform.mainBundle = std::make_shared<BundleExtension>("/nowhere", nullptr);
+    const auto folder = std::filesystem::path(testing::TempDir()) / "teralune-http-bundle";
+    const auto preferences = std::make_shared<InMemoryUserDefaults>();
+    preferences->set("AppleLanguages", boost::json::array{"pt-PT", "es"});
+    std::filesystem::create_directories(folder / "pt-PT.lproj");
+    std::filesystem::create_directories(folder / "es.lproj");
+    platform.mainBundle = std::make_shared<BundleExtension>(folder, preferences);
     const HttpHeaders headers = SessionManager::defaultHTTPHeaders(platform);
+    std::filesystem::remove_all(folder);
     EXPECT_EQ(headers.value("Accept-Encoding"), "gzip, deflate");
-    EXPECT_EQ(headers.value("Accept-Language"), "en;q=1.0");
+    EXPECT_EQ(headers.value("Accept-Language"), "pt-PT;q=1.0, es;q=0.9");
     EXPECT_THAT(*headers.value("User-Agent"), testing::StartsWith("TeraluneSharedLibrary/"));
 }
 

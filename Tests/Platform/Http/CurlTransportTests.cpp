@@ -1,0 +1,312 @@
+#include "Platform/Http/CurlTransport.h"
+#include "Platform/Http/HttpError.h"
+#include "Platform/Http/MultipartFormData.h"
+#include "Platform/Http/RequestSchedule.h"
+#include "Tests/Support/LoopbackServer.h"
+
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <fstream>
+#include <future>
+
+namespace teralune {
+namespace {
+
+using Reply = LoopbackServer::Reply;
+using Received = LoopbackServer::Request;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+std::int64_t codeOf(const TransferOutcome& outcome) {
+    return outcome.error ? outcome.error->code : 0;
+}
+
+URLRequest get(std::string url) {
+    return {std::move(url), HttpMethod::get, {}, {}};
+}
+
+/// Sends and waits.
+TransferOutcome exchange(CurlTransport& transport, URLRequest request,
+                         TransferLane lane = TransferLane::standard) {
+    std::promise<TransferOutcome> arrived;
+    const auto transfer = transport.send(std::move(request), lane, [&arrived](TransferOutcome outcome) {
+        arrived.set_value(std::move(outcome));
+    });
+    return arrived.get_future().get();
+}
+
+/// The gzip form of 100,000 zero bytes.
+std::string compressedZeros() {
+    using namespace std::string_literals;
+    return "\x1f\x8b\x08\0\0\0\0\0\x02\x03\xed\xc1\x31\x01\0\0\0\xc2\xa0\xf5\x4f\x6d\x0d\x0f\xa0"s +
+           std::string(96, '\0') + "\x80\x57\x03\x7d\x95\x11\xd4\xa0\x86\x01\0"s;
+}
+
+TEST(RequestSchedule, starts_requests_in_order_within_the_limits_and_keeps_a_place_for_control) {
+    RequestSchedule schedule(2, 3);
+    for (const RequestSchedule::Id id : {1U, 2U, 3U, 4U}) {
+        schedule.add(id, "a", TransferLane::standard);
+    }
+    schedule.add(5, "b", TransferLane::standard);
+    schedule.add(6, "b", TransferLane::standard);
+    const auto startAll = [&schedule] {
+        std::vector<RequestSchedule::Id> started;
+        while (const auto id = schedule.startNext()) {
+            started.push_back(*id);
+        }
+        return started;
+    };
+    EXPECT_THAT(startAll(), ElementsAre(1, 2, 5));
+    schedule.add(7, "a", TransferLane::control);
+    schedule.add(8, "a", TransferLane::control);
+    EXPECT_THAT(startAll(), ElementsAre(7));
+    schedule.remove(3);
+    schedule.remove(2);
+    EXPECT_THAT(startAll(), ElementsAre(4));
+    schedule.remove(1);
+    EXPECT_THAT(startAll(), ElementsAre(6));
+    schedule.remove(7);
+    schedule.remove(99);
+    EXPECT_THAT(startAll(), ElementsAre(8));
+    schedule.remove(4);
+    schedule.add(9, "c", TransferLane::standard);
+    EXPECT_THAT(startAll(), ElementsAre(9));
+}
+
+TEST(CurlTransport, sends_exactly_what_the_request_says) {
+    LoopbackServer server([](const Received&) { return Reply(200, "ok"); });
+    CurlTransport transport;
+    const auto body = std::make_shared<const std::string>("a=1&b=2");
+    struct Case {
+        HttpMethod method;
+        URLRequest::Body body;
+        const char* length;
+    };
+    const Case cases[] = {
+        {HttpMethod::get, {}, ""},      {HttpMethod::head, {}, ""},   {HttpMethod::del, {}, ""},
+        {HttpMethod::post, {}, "0"},    {HttpMethod::put, {}, "0"},   {HttpMethod::post, body, "7"},
+        {HttpMethod::patch, body, "7"}, {HttpMethod::del, body, "7"},
+    };
+    for (const Case& test : cases) {
+        URLRequest request{
+            server.url("/a/../b?x=%20#f"),
+            test.method,
+            {{"Cookie", "a=1"}, {"X-Empty", ""}, {"cookie", "b=\xC3\xA4"}, {"Accept-Encoding", "gzip"}},
+            test.body};
+        const TransferOutcome outcome = exchange(transport, request);
+        ASSERT_TRUE(outcome.response) << outcome.error->localizedDescription;
+        EXPECT_EQ(outcome.body, test.method == HttpMethod::head ? "" : "ok");
+        const Received received = server.requests().back();
+        EXPECT_THAT(received.head,
+                    testing::StartsWith(std::string(name(test.method)) + " /a/../b?x=%20 HTTP/1.1\r\n"));
+        EXPECT_THAT(received.headers("Cookie"), ElementsAre("a=1;b=\xC3\xA4"));
+        EXPECT_THAT(received.headers("X-Empty"), ElementsAre(""));
+        EXPECT_EQ(received.header("Content-Length"), test.length);
+        EXPECT_EQ(received.header("Content-Type") + received.header("Expect"), "");
+        EXPECT_EQ(received.body, test.body.index() == 0 ? "" : "a=1&b=2");
+    }
+    EXPECT_EQ(server.connectionCount(), 1U);
+}
+
+TEST(CurlTransport, reads_replies_and_names_what_is_wrong_with_them) {
+    struct Case {
+        std::string reply;
+        std::int64_t code;
+        std::string body;
+    };
+    const std::string ok = "HTTP/1.1 200 OK\r\n";
+    const std::string gzip = ok + "Content-Encoding: gzip\r\n";
+    const Case cases[] = {
+        {ok + "Content-Length: 2\r\n\r\nok", 0, "ok"},
+        {"HTTP/1.1 100 Continue\r\nX-A: no\r\n\r\nHTTP/1.1 404 No\r\nX-A: b\r\n  c\r\nContent-Length: "
+         "2\r\n\r\nno",
+         0, "no"},
+        {ok + "Transfer-Encoding: chunked\r\n\r\n2\r\nok\r\n0\r\nX-A: trailer\r\n\r\n", 0, "ok"},
+        {ok + "\r\nuntil the end", 0, "until the end"},
+        {ok + "Content-Length: 9\r\n\r\nok", -1005, ""},
+        {ok + "Transfer-Encoding: chunked\r\n\r\n5\r\nok", -1005, ""},
+        {ok + "Transfer-Encoding: chunked\r\n\r\nnonsense\r\n", -1005, ""},
+        {"", -1005, ""},
+        {"nonsense\r\n\r\n", -1017, ""},
+        {ok + "Content-Length: minus\r\n\r\n", -1017, ""},
+        {ok + "X-Long: " + std::string(70'000, 'x') + "\r\n\r\n", -1103, ""},
+        {ok + "\r\n" + std::string(50'001, 'x'), -1103, ""},
+        {gzip + "\r\n" + compressedZeros(), -1103, ""},
+        {gzip + "\r\nnonsense", -1016, ""},
+    };
+    LoopbackServer server([&cases](const Received& request) {
+        return Reply::bytes(cases[std::stoul(request.target().substr(1))].reply).hangUp();
+    });
+    CurlTransport::Limits limits;
+    limits.bodyBytes = 50'000;
+    CurlTransport transport(limits);
+    for (std::size_t index = 0; index < std::size(cases); ++index) {
+        const TransferOutcome outcome = exchange(transport, get(server.url("/" + std::to_string(index))));
+        EXPECT_EQ(codeOf(outcome), cases[index].code) << cases[index].reply.substr(0, 200);
+        EXPECT_EQ(outcome.body, cases[index].body);
+        EXPECT_EQ(outcome.response.has_value(), cases[index].code == 0);
+        if (index == 1) {
+            EXPECT_EQ(outcome.response->statusCode, 404);
+            EXPECT_EQ(outcome.response->headers.value("x-a"), "b c");
+        }
+    }
+}
+
+TEST(CurlTransport, refuses_what_it_must_not_send_and_tells_why_it_cannot) {
+    LoopbackServer server([](const Received&) { return Reply(200, ""); });
+    CurlTransport transport;
+    const std::string url = server.url();
+    std::string closed;
+    {
+        closed = LoopbackServer([](const Received&) { return Reply(); }).url();
+    }
+    const auto missing = std::make_shared<MultipartFormData>();
+    missing->append({"image", "a.jpg", "image/jpeg", std::filesystem::path("/nowhere/at/all.jpg")});
+    const std::pair<URLRequest, std::int64_t> cases[] = {
+        {{url, HttpMethod::get, {{"Cookie", "a=b\r\nX-Injected: y"}}, {}}, -1},
+        {{url, HttpMethod::get, {{"X\n", "y"}}, {}}, -1},
+        {get(url + "a b"), -1000},
+        {get("file:///etc/passwd"), -1002},
+        {get(closed), -1004},
+        {get("http://name.invalid/"), -1003},
+        {{url, HttpMethod::post, {}, std::shared_ptr<const MultipartFormData>(missing)}, -1100},
+    };
+    for (const auto& [request, code] : cases) {
+        EXPECT_EQ(codeOf(exchange(transport, request)), code) << request.url;
+    }
+    EXPECT_TRUE(server.requests().empty());
+    EXPECT_EQ(codeOf(exchange(transport, get(url))), 0);
+}
+
+TEST(CurlTransport, follows_redirects_and_leaves_identity_behind_at_another_origin) {
+    LoopbackServer other([](const Received&) { return Reply(200, "other"); });
+    LoopbackServer server([&other](const Received& request) {
+        const std::string target = request.target();
+        if (target == "/loop") {
+            return Reply(302, "again", {{"Location", "/loop"}});
+        }
+        return target == "/same" ? Reply(303, "x", {{"Location", "next"}})
+                                 : Reply(307, "x", {{"Location", other.url("/o")}});
+    });
+    CurlTransport transport;
+    URLRequest request{
+        server.url("/same"),
+        HttpMethod::post,
+        {{"Cookie", "tq.token=t"}, {"Authorization", "Bearer t"}, {"X-Key", "t"}, {"User-Agent", "u"}},
+        std::make_shared<const std::string>("body")};
+    const TransferOutcome outcome = exchange(transport, request);
+    EXPECT_EQ(outcome.body, "other");
+    EXPECT_EQ(outcome.response->url, other.url("/o"));
+    EXPECT_EQ(server.requests().at(1).method() + server.requests().at(1).header("Cookie"), "GETtq.token=t");
+    const Received arrived = other.requests().at(0);
+    EXPECT_EQ(arrived.header("User-Agent"), "u");
+    EXPECT_EQ(arrived.header("Cookie") + arrived.header("Authorization") + arrived.header("X-Key"), "");
+
+    EXPECT_EQ(codeOf(exchange(transport, get(server.url("/loop")))), -1007);
+    EXPECT_EQ(server.requests().size(), 3U + 5U);
+}
+
+TEST(CurlTransport, sends_forms_from_memory_and_from_files_the_same_way_twice) {
+    const auto path = std::filesystem::path(testing::TempDir()) / "teralune-http-form.bin";
+    const std::string content(300'000, 'f');
+    std::ofstream(path) << content;
+    const auto form = std::make_shared<MultipartFormData>();
+    form->append({"file", "0007.jpg", "image/jpeg", path});
+    form->append({"a\"\r\nX: y", "", "", std::string("in\0memory", 9)});
+    LoopbackServer server([](const Received&) { return Reply(200, "ok"); });
+    CurlTransport transport;
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        exchange(transport,
+                 {server.url(), HttpMethod::post, {}, std::shared_ptr<const MultipartFormData>(form)});
+        const Received received = server.requests().back();
+        EXPECT_THAT(received.header("Content-Type"), testing::StartsWith("multipart/form-data; boundary="));
+        EXPECT_EQ(received.header("Content-Length"), std::to_string(received.body.size()));
+        EXPECT_THAT(
+            received.body,
+            HasSubstr("name=\"file\"; filename=\"0007.jpg\"\r\nContent-Type: image/jpeg\r\n\r\nffff"));
+        EXPECT_THAT(received.body, HasSubstr(content + "\r\n"));
+        EXPECT_THAT(received.body,
+                    HasSubstr("name=\"a%22%0D%0AX: y\"\r\n\r\n" + std::string("in\0memory\r\n", 11)));
+    }
+    std::filesystem::remove(path);
+}
+
+TEST(CurlTransport, keeps_to_its_places_in_order_and_lets_control_pass) {
+    LoopbackServer server([](const Received& request) {
+        return request.target() == "/control" ? Reply(200, "")
+                                              : Reply().hold("all").then("HTTP/1.1 204 x\r\n\r\n");
+    });
+    CurlTransport transport;
+    std::atomic<std::size_t> completed = 0;
+    std::vector<std::unique_ptr<Transfer>> transfers;
+    constexpr std::size_t count = 40;
+    for (std::size_t index = 0; index < count; ++index) {
+        transfers.push_back(transport.send(get(server.url("/" + std::to_string(index))),
+                                           TransferLane::standard,
+                                           [&](const TransferOutcome&) { ++completed; }));
+    }
+    server.waitForRequests(6);
+    EXPECT_EQ(codeOf(exchange(transport, get(server.url("/control")), TransferLane::control)), 0);
+    EXPECT_EQ(server.requests().size(), 7U);
+    transfers.pop_back();
+    transfers.erase(transfers.begin());
+    server.release("all");
+    server.waitForRequests(1 + count - 1);
+    exchange(transport, get(server.url("/control")));
+    EXPECT_EQ(completed, count - 2);
+    std::vector<std::string> lastTargets;
+    for (const Received& received : server.requests()) {
+        lastTargets.push_back(received.target());
+    }
+    EXPECT_THAT(lastTargets, testing::Not(testing::Contains("/39")));
+}
+
+TEST(CurlTransport, gives_up_on_a_server_that_falls_silent_and_never_repeats_a_control_request) {
+    LoopbackServer server([](const Received& request) {
+        return request.target() == "/silent"    ? Reply().hold("never")
+               : request.target() == "/refresh" ? Reply().hangUp()
+                                                : Reply(200, "");
+    });
+    CurlTransport::Limits limits;
+    limits.idleTimeout = std::chrono::seconds(1);
+    CurlTransport transport(limits);
+    EXPECT_EQ(codeOf(exchange(transport, get(server.url("/warm")))), 0);
+    EXPECT_EQ(codeOf(exchange(transport, {server.url("/refresh"), HttpMethod::post, {}, {}},
+                              TransferLane::control)),
+              -1005);
+    EXPECT_EQ(codeOf(exchange(transport, get(server.url("/silent")))), -1001);
+    EXPECT_EQ(server.requests().size(), 3U);
+}
+
+TEST(CurlTransport, ends_with_everything_under_way) {
+    LoopbackServer server([](const Received&) { return Reply().hold("never"); });
+    std::atomic<int> completed = 0;
+    std::vector<std::unique_ptr<Transfer>> transfers;
+    {
+        CurlTransport transport;
+        for (int index = 0; index < 200; ++index) {
+            transfers.push_back(transport.send(get(server.url()), TransferLane::standard,
+                                               [&](const TransferOutcome&) { ++completed; }));
+        }
+        server.waitForRequests(6);
+    }
+    transfers.clear();
+    EXPECT_EQ(completed, 0);
+}
+
+TEST(CurlTransport, may_be_destroyed_by_a_completion) {
+    LoopbackServer server([](const Received&) { return Reply(200, ""); });
+    auto transport = std::make_unique<CurlTransport>();
+    std::promise<void> destroyed;
+    const auto transfer =
+        transport->send(get(server.url()), TransferLane::standard, [&](const TransferOutcome&) {
+            transport.reset();
+            destroyed.set_value();
+        });
+    destroyed.get_future().get();
+    EXPECT_EQ(transport, nullptr);
+}
+
+} // namespace
+} // namespace teralune
