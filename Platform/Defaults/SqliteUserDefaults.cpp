@@ -108,7 +108,7 @@ Result<void> migrate(Database& database, const std::filesystem::path& file) {
                          "The settings were written by a newer version.");
     }
     if (isNew) {
-        const Result<void> made = database.execute(
+        Result<void> made = database.execute(
             "CREATE TABLE settings (key TEXT PRIMARY KEY NOT NULL, type INTEGER NOT NULL, value NOT NULL)"
             " WITHOUT ROWID;"
             "PRAGMA application_id=" +

@@ -64,7 +64,7 @@ std::string readModelDescription(const std::string& root) {
     const std::string firmware = root + "/sys/class/dmi/id/";
     const std::string name = field(firmware + "product_name");
     // Some makers put a type number where the name belongs, and the name in the version field.
-    const std::string version = field(firmware + "product_version");
+    std::string version = field(firmware + "product_version");
     if (name.find(' ') == std::string::npos && version.find(' ') != std::string::npos) {
         return version;
     }

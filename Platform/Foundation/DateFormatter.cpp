@@ -60,7 +60,9 @@ std::optional<Period> periodAround(const icu::TimeZone& timeZone, LocalTime time
 } // namespace
 
 struct DateFormatter::State {
-    explicit State(icu::SimpleDateFormat&& madeFormat) : format(std::move(madeFormat)) {}
+    State(const Options& options, UErrorCode& status)
+        : format(icu::UnicodeString::fromUTF8(options.pattern), icu::Locale(options.locale.c_str()), status) {
+    }
 
     /// ICU's formatter changes its calendar while it works.
     std::mutex mutex;
@@ -89,16 +91,15 @@ struct DateFormatter::State {
 
 DateFormatter::DateFormatter(const Options& options) {
     UErrorCode status = U_ZERO_ERROR;
-    icu::SimpleDateFormat format(icu::UnicodeString::fromUTF8(options.pattern),
-                                 icu::Locale(options.locale.c_str()), status);
+    state_ = std::make_unique<State>(options, status);
     if (U_FAILURE(status)) {
         fatalError("A date formatter can't be made for the pattern " + options.pattern);
     }
     if (options.timeZone) {
-        format.adoptTimeZone(icu::TimeZone::createTimeZone(icu::UnicodeString::fromUTF8(*options.timeZone)));
+        const auto name = icu::UnicodeString::fromUTF8(*options.timeZone);
+        state_->format.adoptTimeZone(icu::TimeZone::createTimeZone(name));
     }
-    format.setLenient(false);
-    state_ = std::make_unique<State>(std::move(format));
+    state_->format.setLenient(false);
     state_->readsDateText = options.locale == "en_US_POSIX" && options.pattern == "MMM dd, yyyy hh:mm:ss a";
 }
 

@@ -117,7 +117,7 @@ std::string digitsOf(Number number, Options... options) {
     return failure == std::errc() ? std::string(buffer, end) : std::string();
 }
 
-std::string padded(const Placeholder& placeholder, std::string_view sign, std::string digits,
+std::string padded(const Placeholder& placeholder, std::string_view sign, const std::string& digits,
                    bool zeroPadded) {
     const std::size_t length = sign.size() + digits.size();
     const std::size_t missing = placeholder.width > length ? placeholder.width - length : 0;
@@ -162,16 +162,16 @@ std::string formatInteger(const Placeholder& placeholder, std::int64_t number) {
     if (placeholder.precision && digits.size() < *placeholder.precision) {
         digits.insert(0, *placeholder.precision - digits.size(), '0');
     }
-    return padded(placeholder, sign, std::move(digits), placeholder.zeroPadded && !placeholder.precision);
+    return padded(placeholder, sign, digits, placeholder.zeroPadded && !placeholder.precision);
 }
 
 std::string formatNumber(const Placeholder& placeholder, double number) {
     const std::string sign =
         std::signbit(number) ? "-"
                              : std::string(placeholder.positiveSign != 0 ? 1 : 0, placeholder.positiveSign);
-    std::string digits = digitsOf(std::fabs(number), std::chars_format::fixed,
-                                  static_cast<int>(placeholder.precision.value_or(6)));
-    return padded(placeholder, sign, std::move(digits), placeholder.zeroPadded && std::isfinite(number));
+    const std::string digits = digitsOf(std::fabs(number), std::chars_format::fixed,
+                                        static_cast<int>(placeholder.precision.value_or(6)));
+    return padded(placeholder, sign, digits, placeholder.zeroPadded && std::isfinite(number));
 }
 
 std::string formatArgument(const Placeholder& placeholder, const FormatArgument& argument) {

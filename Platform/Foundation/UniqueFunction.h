@@ -21,6 +21,8 @@ public:
     template<class Callable>
     requires(!std::same_as<std::remove_cvref_t<Callable>, UniqueFunction> &&
              std::is_invocable_r_v<R, std::decay_t<Callable>&, Arguments...>)
+        // The constraint leaves copies and moves to their own constructors.
+        // NOLINTNEXTLINE(bugprone-forwarding-reference-overload)
         UniqueFunction(Callable&& callable)
         : held_(std::make_unique<Holder<std::decay_t<Callable>>>(std::forward<Callable>(callable))) {}
 
@@ -34,8 +36,7 @@ private:
     };
     template<class Callable>
     struct Holder final : Base {
-        template<class From>
-        explicit Holder(From&& from) : callable(std::forward<From>(from)) {}
+        explicit Holder(Callable held) : callable(std::move(held)) {}
         R call(Arguments... arguments) override { return callable(std::forward<Arguments>(arguments)...); }
         Callable callable;
     };
