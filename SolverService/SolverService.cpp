@@ -7,6 +7,7 @@
 #include "SolverService/Model/Notebook.h"
 #include "SolverService/Model/RandomText.h"
 #include "SolverService/Model/SharedLists.h"
+#include "SolverService/Model/Suggestions.h"
 #include "SolverService/Model/Tokens.h"
 #include "SolverService/Model/UsageRecords.h"
 #include "SolverService/Routes/Routes.h"
@@ -37,8 +38,10 @@ struct SolverService::State {
         , notebook(*model)
         , lists(*model, notebook, options.savedListLimit)
         , usage(*model)
+        , suggestions(*model)
+        , identity(options.now)
         , log(options.keptRequests)
-        , routes(service::Routes::Model{accounts, tokens, notebook, lists, usage})
+        , routes(service::Routes::Model{accounts, tokens, notebook, lists, usage, suggestions, identity})
         , router(tokens) {
         routes.enter(router);
     }
@@ -49,6 +52,8 @@ struct SolverService::State {
     service::Notebook notebook;
     service::SharedLists lists;
     service::UsageRecords usage;
+    service::Suggestions suggestions;
+    service::IdentityProvider identity;
     service::Faults faults;
     service::RequestLog log;
     service::Routes routes;
@@ -102,8 +107,9 @@ Result<std::unique_ptr<SolverService>> SolverService::start(Options options) {
     if (!model) {
         return model.error();
     }
-    auto state = std::make_unique<State>(std::move(model).value(), options);
+    std::unique_ptr<State> state;
     try {
+        state = std::make_unique<State>(std::move(model).value(), options);
         if (const Result<void> seeded = state->seed(options); !seeded) {
             return seeded.error();
         }
@@ -123,6 +129,8 @@ Result<std::unique_ptr<SolverService>> SolverService::start(Options options) {
 }
 
 void SolverService::stop() {
+    // In this order, so that nothing that is held or delayed still gets its reply out.
+    state_->listener->closeConnections();
     state_->faults.stop();
     state_->listener->stop();
 }
@@ -141,6 +149,10 @@ service::Faults& SolverService::faults() {
 
 service::RequestLog& SolverService::requestLog() {
     return state_->log;
+}
+
+service::IdentityProvider& SolverService::identityProvider() {
+    return state_->identity;
 }
 
 void SolverService::expireTokens() {

@@ -2,6 +2,7 @@
 
 #include "Platform/Foundation/Result.h"
 #include "SolverService/Faults.h"
+#include "SolverService/IdentityProvider.h"
 #include "SolverService/RequestLog.h"
 
 #include <chrono>
@@ -70,6 +71,8 @@ public:
     /// What goes wrong, and what came in.
     service::Faults& faults();
     service::RequestLog& requestLog();
+    /// Who signs in through another provider.
+    service::IdentityProvider& identityProvider();
 
     /// Makes every token issued so far stale: 403 until the client has refreshed it.
     void expireTokens();

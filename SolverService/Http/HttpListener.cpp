@@ -162,20 +162,22 @@ std::uint16_t HttpListener::port() const {
     return state_->port;
 }
 
+void HttpListener::closeConnections() {
+    const std::lock_guard lock(state_->mutex);
+    state_->stopped = true;
+    for (const State::Connection& connection : state_->connections) {
+        if (connection.socket >= 0) {
+            shutdown(connection.socket, SHUT_RDWR);
+        }
+    }
+    shutdown(state_->socket, SHUT_RDWR);
+}
+
 void HttpListener::stop() {
     if (!state_->acceptor.joinable()) {
         return;
     }
-    {
-        const std::lock_guard lock(state_->mutex);
-        state_->stopped = true;
-        for (const State::Connection& connection : state_->connections) {
-            if (connection.socket >= 0) {
-                shutdown(connection.socket, SHUT_RDWR);
-            }
-        }
-    }
-    shutdown(state_->socket, SHUT_RDWR);
+    closeConnections();
     state_->acceptor.join();
     for (State::Connection& connection : state_->connections) {
         connection.thread.join();

@@ -21,8 +21,11 @@ public:
 
     std::uint16_t port() const;
 
-    /// Closes every connection, a half-read or half-sent one too, and waits for the threads. An exchange
-    /// that is running is waited for, so its owner must have told it to end.
+    /// Closes every connection, a half-read or half-sent one too, and accepts no more. A reply that is not
+    /// out yet stays in.
+    void closeConnections();
+    /// Closes the connections and waits for the threads. An exchange that is running is waited for, so its
+    /// owner must have told it to end.
     void stop();
 
 private:

@@ -1,5 +1,6 @@
 #include "SolverService/Model/Accounts.h"
 
+#include "SolverService/Model/AccountRules.h"
 #include "SolverService/Model/PasswordDigest.h"
 #include "SolverService/Model/RandomText.h"
 
@@ -13,26 +14,8 @@ namespace teralune::service {
 
 namespace {
 
-constexpr std::size_t longestName = 100;
-constexpr std::size_t longestEmail = 254;
-constexpr std::size_t shortestPassword = 6;
-constexpr std::size_t longestPassword = 1000;
-constexpr int identifierBytes = 12;
 constexpr int mostDecimals = 10;
-
-Error refused(std::string message) {
-    return Error{"TeraluneSolverService", 0, std::move(message), {}};
-}
-
-bool looksLikeEmail(const std::string& text) {
-    const std::size_t at = text.find('@');
-    const bool plain = std::none_of(text.begin(), text.end(), [](char character) {
-        return static_cast<unsigned char>(character) <= ' ' || character == ',' || character == ';';
-    });
-    return plain && text.size() <= longestEmail && at != 0 && at != std::string::npos &&
-           text.find('@', at + 1) == std::string::npos && text.find('.', at + 2) != std::string::npos &&
-           text.back() != '.';
-}
+constexpr std::size_t mostDismissed = 200;
 
 std::vector<std::string> textsOf(const std::string& json) {
     return boost::json::value_to<std::vector<std::string>>(boost::json::parse(json));
@@ -43,27 +26,27 @@ std::vector<std::string> textsOf(const std::string& json) {
 Result<std::int64_t> Accounts::signUp(const std::string& email, const std::string& firstName,
                                       const std::string& lastName, const std::string& password) {
     if (!looksLikeEmail(email)) {
-        return refused("Please enter a valid email address.");
+        return refusal("Please enter a valid email address.");
     }
-    if (password.size() < shortestPassword || password.size() > longestPassword) {
-        return refused("The password must have at least 6 characters.");
+    if (const Result<void> acceptable = checkNewPassword(password, password); !acceptable) {
+        return acceptable.error();
     }
     if (firstName.size() > longestName || lastName.size() > longestName) {
-        return refused("The name is too long.");
+        return refusal("The name is too long.");
     }
     const std::string digest = digestPassword(password);
     const ServerModel::Access database(model_);
     SQLite::Statement insert(*database,
                              "INSERT INTO accounts(connected, email, firstName, lastName, password, "
                              "registered) VALUES(?, ?, ?, ?, ?, ?) ON CONFLICT DO NOTHING");
-    insert.bind(1, randomText(identifierBytes));
+    insert.bind(1, randomText(accountIdentifierBytes));
     insert.bind(2, email);
     insert.bind(3, firstName);
     insert.bind(4, lastName);
     insert.bind(5, digest.data(), static_cast<int>(digest.size()));
     insert.bind(6, model_.nowSeconds());
     if (insert.exec() == 0) {
-        return refused("This email address is already registered.");
+        return refusal("This email address is already registered.");
     }
     return (*database).getLastInsertRowid();
 }
@@ -82,7 +65,7 @@ Result<std::int64_t> Accounts::signIn(const std::string& email, const std::strin
         }
     }
     if (!passwordMatches(password, digest)) {
-        return refused("The email address or the password is not correct.");
+        return refusal("The email address or the password is not correct.");
     }
     return id;
 }
@@ -124,27 +107,27 @@ Result<void> Accounts::setField(std::int64_t id, const std::string& path, const 
     std::string column = path;
     if (path == "firstName" || path == "lastName") {
         if (value.size() > longestName) {
-            return refused("The name is too long.");
+            return refusal("The name is too long.");
         }
     } else if (path == "email") {
         if (!looksLikeEmail(value)) {
-            return refused("Please enter a valid email address.");
+            return refusal("Please enter a valid email address.");
         }
     } else if (path == "settings.numDecimalDisplay") {
         int decimals = 0;
         const auto [end, problem] = std::from_chars(value.data(), value.data() + value.size(), decimals);
         if (problem != std::errc() || end != value.data() + value.size() || decimals < 0 ||
             decimals > mostDecimals) {
-            return refused("The number of decimals must be between 0 and 10.");
+            return refusal("The number of decimals must be between 0 and 10.");
         }
         column = "numDecimalDisplay";
     } else if (path == "settings.steps") {
         if (value != "showSteps" && value != "hideSteps" && value != "stepByStep") {
-            return refused("There is no such way to show steps.");
+            return refusal("There is no such way to show steps.");
         }
         column = "steps";
     } else {
-        return refused("There is no such field.");
+        return refusal("There is no such field.");
     }
     const ServerModel::Access database(model_);
     // The column is one of the five names above, never the client's text.
@@ -152,9 +135,23 @@ Result<void> Accounts::setField(std::int64_t id, const std::string& path, const 
     update.bind(1, value);
     update.bind(2, id);
     if (update.exec() == 0) {
-        return refused("This email address is already registered.");
+        return refusal("This email address is already registered.");
     }
     return {};
+}
+
+void Accounts::dismiss(std::int64_t id, const std::string& notification) {
+    std::vector<std::string> dismissed = account(id).dismissedNotifications;
+    if (dismissed.size() >= mostDismissed ||
+        std::find(dismissed.begin(), dismissed.end(), notification) != dismissed.end()) {
+        return;
+    }
+    dismissed.push_back(notification);
+    const ServerModel::Access database(model_);
+    SQLite::Statement update(*database, "UPDATE accounts SET dismissed = ? WHERE id = ?");
+    update.bind(1, boost::json::serialize(boost::json::value_from(dismissed)));
+    update.bind(2, id);
+    update.exec();
 }
 
 } // namespace teralune::service

@@ -26,8 +26,25 @@ public:
 
     /// Changes one field, named by its path in the user record.
     Result<void> setField(std::int64_t id, const std::string& path, const std::string& value);
+    /// Remembers that the user does not want to see a notice again.
+    void dismiss(std::int64_t id, const std::string& notification);
+
+    /// The account of someone whom an identity provider vouches for: the one that signed in so before, or
+    /// the one with that e-mail address, or a new one.
+    std::int64_t signInWithIdentity(const std::string& identity, const std::optional<std::string>& email,
+                                    const std::string& firstName, const std::string& lastName);
+    /// Changes the address. An account with a password has to give it; one without gets this one, typed
+    /// twice.
+    Result<void> changeEmail(std::int64_t id, const std::string& email, const std::string& password,
+                             const std::string& confirmation);
+    Result<void> changePassword(std::int64_t id, const std::string& current, const std::string& password,
+                                const std::string& confirmation);
+    /// Closes the account for good.
+    void disable(std::int64_t id);
 
 private:
+    std::optional<std::string> passwordDigest(std::int64_t id);
+
     ServerModel& model_;
 };
 

@@ -7,7 +7,7 @@ namespace teralune::service {
 
 namespace {
 
-constexpr int layoutVersion = 1;
+constexpr int layoutVersion = 2;
 
 constexpr const char* layout = R"sql(
 CREATE TABLE accounts(
@@ -62,6 +62,11 @@ CREATE TABLE usageRecords(
     path TEXT NOT NULL,
     received INTEGER NOT NULL,
     items TEXT NOT NULL);
+CREATE TABLE askedProblems(
+    problem TEXT PRIMARY KEY,
+    plain TEXT NOT NULL,
+    bucket TEXT NOT NULL,
+    asked INTEGER NOT NULL) WITHOUT ROWID;
 CREATE INDEX usageRecordsByPath ON usageRecords(path);
 )sql";
 

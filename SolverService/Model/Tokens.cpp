@@ -57,8 +57,11 @@ Caller Tokens::read(const std::optional<std::string>& token, bool counts) {
     }
     const std::string digest = digestToken(*token);
     const ServerModel::Access database(model_);
-    SQLite::Statement query(*database, "SELECT session, account, ended, stale, uses, issued FROM tokens "
-                                       "JOIN sessions ON sessions.id = session WHERE digest = ?");
+    // The session of a closed account is nobody's any more.
+    SQLite::Statement query(
+        *database, "SELECT session, iif(disabled, NULL, account), ended, stale, uses, issued FROM tokens "
+                   "JOIN sessions ON sessions.id = session LEFT JOIN accounts ON accounts.id = account "
+                   "WHERE digest = ?");
     bindDigest(query, 1, digest);
     if (!query.executeStep() || query.getColumn(2).getInt() != 0) {
         caller.token = TokenState::refused;

@@ -17,6 +17,7 @@ void Routes::enterLogs(Router& router) {
     record("/detailedLog", Access::anyToken, "type");
     record("/logCachedStepsMobile", Access::open, "query");
     record("/solutionResponseTiming", Access::open, "query");
+    record("/logCameraEvent", Access::open, "action");
 }
 
 } // namespace teralune::service

@@ -7,6 +7,8 @@ void Routes::enter(Router& router) {
     enterAccount(router);
     enterNotebook(router);
     enterSolver(router);
+    enterIdentity(router);
+    enterCamera(router);
     enterLogs(router);
 }
 

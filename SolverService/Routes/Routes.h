@@ -9,9 +9,11 @@
 namespace teralune::service {
 
 class Accounts;
+class IdentityProvider;
 class Notebook;
 class Router;
 class SharedLists;
+class Suggestions;
 class Tokens;
 class UsageRecords;
 
@@ -25,6 +27,8 @@ public:
         Notebook& notebook;
         SharedLists& lists;
         UsageRecords& usage;
+        Suggestions& suggestions;
+        IdentityProvider& identity;
     };
 
     explicit Routes(Model model) : model_(model) {}
@@ -37,6 +41,8 @@ private:
     void enterAccount(Router& router);
     void enterNotebook(Router& router);
     void enterSolver(Router& router);
+    void enterIdentity(Router& router);
+    void enterCamera(Router& router);
     void enterLogs(Router& router);
 
     /// The reply that signs a client in: {"connected": …, "jwt": …}.
@@ -49,6 +55,16 @@ private:
     ServiceReply userInfo(std::int64_t account);
     ServiceReply updateUserField(const ReceivedRequest& request, std::int64_t account);
 
+    ServiceReply disableAccount(const Caller& caller);
+    ServiceReply updateEmail(const ReceivedRequest& request, std::int64_t account);
+    ServiceReply changePassword(const ReceivedRequest& request, const Caller& caller);
+    ServiceReply dismissNotification(const ReceivedRequest& request, std::int64_t account);
+    ServiceReply resetRequest(const ReceivedRequest& request);
+
+    ServiceReply authorize(const ReceivedRequest& request);
+    ServiceReply facebookAuth(const ReceivedRequest& request);
+    ServiceReply microsoftAuth(const ReceivedRequest& request);
+
     ServiceReply addNote(const ReceivedRequest& request, std::int64_t account);
     ServiceReply saveGraph(const ReceivedRequest& request, std::int64_t account);
     ServiceReply updateNoteFavorite(const ReceivedRequest& request, std::int64_t account);
@@ -57,6 +73,7 @@ private:
     ServiceReply saveList(const ReceivedRequest& request, std::int64_t account);
 
     ServiceReply steps(const ReceivedRequest& request);
+    ServiceReply suggest(const ReceivedRequest& request);
 
     Model model_;
 };

@@ -99,5 +99,98 @@ TEST(Accounts, take_new_field_values_that_make_sense) {
               (boost::json::object{{"numDecimalDisplay", 7}, {"steps", "stepByStep"}}));
 }
 
+/// A signed-in user Ann whose password is "secret1".
+class AccountChanges : public testing::Test {
+protected:
+    AccountChanges() {
+        client.post("/mobileSignup", {{"email", "ann@b.cd"}, {"password", "secret1"}});
+        client.logIn("ann@b.cd", "secret1");
+        elsewhere.logIn("ann@b.cd", "secret1");
+    }
+
+    /// Whether the request was carried out; a refusal must come with a text.
+    bool succeeds(const std::string& path, const Form& form) const {
+        const boost::json::value reply = client.post(path, form).json();
+        return reply.as_object().empty() || reply.at("alert").as_string().empty();
+    }
+    bool opens(const std::string& email, const std::string& password) const {
+        return ServiceClient(*service).logIn(email, password).json().as_object().contains("jwt");
+    }
+
+    std::unique_ptr<SolverService> service = startService();
+    ServiceClient client{*service};
+    ServiceClient elsewhere{*service};
+};
+
+TEST_F(AccountChanges, of_the_password_need_the_old_one_and_end_all_other_sessions) {
+    const std::string path = "/api/user/changePassword";
+    EXPECT_FALSE(
+        succeeds(path, {{"currentPassword", "wrong"}, {"password", "secret2"}, {"password2", "secret2"}}));
+    EXPECT_FALSE(
+        succeeds(path, {{"currentPassword", "secret1"}, {"password", "secret2"}, {"password2", "secret3"}}));
+    EXPECT_FALSE(
+        succeeds(path, {{"currentPassword", "secret1"}, {"password", "tiny"}, {"password2", "tiny"}}));
+    EXPECT_EQ(elsewhere.post("/api/user/info").status, 200);
+    EXPECT_TRUE(succeeds(path, {{"currentPassword", "secret1"},
+                                {"password", "secret2"},
+                                {"password2", "secret2"},
+                                {"force", "false"}}));
+    EXPECT_EQ(elsewhere.post("/api/user/info").status, 403);
+    EXPECT_EQ(client.post("/api/user/info").status, 200);
+    EXPECT_FALSE(opens("ann@b.cd", "secret1"));
+    EXPECT_TRUE(opens("ann@b.cd", "secret2"));
+}
+
+TEST_F(AccountChanges, of_the_address_need_the_password_and_a_free_address) {
+    const std::string path = "/api/user/updateEmail";
+    EXPECT_FALSE(succeeds(path, {{"newEmail", "new@b.cd"}, {"password", "wrong"}}));
+    EXPECT_FALSE(succeeds(path, {{"newEmail", "new@b.cd"}, {"password", "other1"}, {"password2", "other1"}}));
+    EXPECT_FALSE(succeeds(path, {{"newEmail", "nothing"}, {"password", "secret1"}}));
+    EXPECT_FALSE(succeeds(path, {{"newEmail", "demo@teralune.example"}, {"password", "secret1"}}));
+    EXPECT_TRUE(succeeds(path, {{"newEmail", "new@b.cd"}, {"password", "secret1"}}));
+    EXPECT_TRUE(opens("new@b.cd", "secret1"));
+    EXPECT_FALSE(opens("ann@b.cd", "secret1"));
+}
+
+TEST_F(AccountChanges, give_a_user_of_another_provider_an_address_and_a_password) {
+    const std::string profile = R"({"id":"1001","email":"mika@teralune.example"})";
+    const ClientReply signedIn = client.post("/mobileFacebookAuth", {{"facebookObj", profile}});
+    client.token = boost::json::value_to<std::string>(signedIn.json().at("jwt"));
+    const std::string path = "/api/user/updateEmail";
+    EXPECT_FALSE(succeeds("/api/user/changePassword",
+                          {{"currentPassword", ""}, {"password", "secret1"}, {"password2", "secret1"}}));
+    EXPECT_FALSE(succeeds(path, {{"newEmail", "m@b.cd"}, {"password", "secret1"}}));
+    EXPECT_TRUE(succeeds(path, {{"newEmail", "m@b.cd"}, {"password", "secret1"}, {"password2", "secret1"}}));
+    EXPECT_TRUE(opens("m@b.cd", "secret1"));
+    EXPECT_EQ(client.post("/api/user/info").json().at("hasPassword"), true);
+}
+
+TEST_F(AccountChanges, close_an_account_for_good_and_free_its_address) {
+    client.post("/api/notebook/addNote", {{"problem", "x=1"}});
+    EXPECT_EQ(client.post("/api/user/disableAccount").status, 200);
+    EXPECT_EQ(client.post("/api/user/info").status, 403);
+    EXPECT_EQ(elsewhere.get("/pub_api/steps?query=x%3D1").status, 403);
+    EXPECT_EQ(client.get("/logout?isMobile=true").status, 200);
+    EXPECT_FALSE(opens("ann@b.cd", "secret1"));
+    client.post("/mobileSignup", {{"email", "ann@b.cd"}, {"password", "secret9"}});
+    client.logIn("ann@b.cd", "secret9");
+    EXPECT_TRUE(client.notebook().empty());
+}
+
+TEST_F(AccountChanges, remember_each_dismissed_notice_once) {
+    for (const char* key : {"sale", "news", "sale"}) {
+        EXPECT_EQ(client.post("/api/user/dismissNotification", {{"notificationKey", key}}).status, 200);
+    }
+    EXPECT_EQ(client.post("/api/user/dismissNotification").status, 400);
+    EXPECT_EQ(client.post("/api/user/info").json().at("dismissedNotifications"),
+              (boost::json::array{"sale", "news"}));
+}
+
+TEST_F(AccountChanges, send_a_reset_mail_to_a_known_address_only) {
+    EXPECT_TRUE(succeeds("/resetRequest", {{"lang", "en"}, {"email", "ann@b.cd"}}));
+    EXPECT_FALSE(succeeds("/resetRequest", {{"lang", "en"}, {"email", "nobody@b.cd"}}));
+    EXPECT_EQ(service->usageRecords("/resetRequest").size(), 1U);
+}
+
 } // namespace
 } // namespace teralune::service

@@ -194,7 +194,7 @@ TEST_F(NotebookRoutes, start_with_a_demo_notebook_whose_problems_are_solved) {
 }
 
 TEST(NotesFile, fills_the_demo_notebook) {
-    const std::string file = testing::TempDir() + "solver-service-notes.txt";
+    const std::string file = temporaryFile("solver-service-notes.txt");
     std::ofstream(file) << "x=1\r\n\n  \n y=2\nlast";
     SolverService::Options options;
     options.notesFile = file;

@@ -1,5 +1,7 @@
 #include "Tests/SolverService/ServiceClient.h"
 
+#include <cstdio>
+#include <gtest/gtest.h>
 #include <httplib.h>
 #include <stdexcept>
 
@@ -74,6 +76,12 @@ std::unique_ptr<SolverService> startService(SolverService::Options options) {
         throw std::runtime_error(service.error().localizedDescription);
     }
     return std::move(service).value();
+}
+
+std::string temporaryFile(const std::string& name) {
+    const std::string file = testing::TempDir() + name + "-" + std::to_string(getpid());
+    std::remove(file.c_str());
+    return file;
 }
 
 std::string rawExchange(const SolverService& service, const std::string& bytes) {

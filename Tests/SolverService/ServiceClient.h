@@ -1,5 +1,6 @@
 #pragma once
 
+#include "SolverService/Model/NoteRecord.h"
 #include "SolverService/SolverService.h"
 
 #include <boost/json.hpp>
@@ -28,6 +29,7 @@ using Form = std::vector<std::pair<std::string, std::string>>;
 class ServiceClient {
 public:
     explicit ServiceClient(const SolverService& service) : port_(service.port()) {}
+    explicit ServiceClient(int port) : port_(port) {}
 
     ClientReply get(const std::string& target) const;
     ClientReply post(const std::string& target, const Form& form = {}) const;
@@ -53,6 +55,9 @@ std::string encoded(const std::string& text);
 
 /// A started service; a failure to start fails the test that asks for it.
 std::unique_ptr<SolverService> startService(SolverService::Options options = {});
+
+/// The path of a file that does not exist yet and that no other run of the tests uses.
+std::string temporaryFile(const std::string& name);
 
 /// Sends the bytes as they are and reads until the service closes.
 std::string rawExchange(const SolverService& service, const std::string& bytes);

@@ -100,8 +100,7 @@ TEST(Tokens, of_an_ended_session_can_not_be_refreshed) {
 }
 
 TEST(Tokens, and_accounts_outlive_the_service_in_its_data_file) {
-    const std::string file = testing::TempDir() + "solver-service-tokens.sqlite";
-    std::remove(file.c_str());
+    const std::string file = temporaryFile("solver-service-tokens.sqlite");
     SolverService::Options options;
     options.dataFile = file;
     auto service = startService(options);
@@ -118,8 +117,7 @@ TEST(Tokens, and_accounts_outlive_the_service_in_its_data_file) {
 }
 
 TEST(Tokens, are_not_in_the_data_file_and_neither_are_passwords) {
-    const std::string file = testing::TempDir() + "solver-service-secrets.sqlite";
-    std::remove(file.c_str());
+    const std::string file = temporaryFile("solver-service-secrets.sqlite");
     SolverService::Options options;
     options.dataFile = file;
     auto service = startService(options);

@@ -1,0 +1,87 @@
+#include "SolverService/Solver/SolutionVerifier.h"
+
+#include "SolverService/Solver/ExpressionParser.h"
+#include "SolverService/Solver/Polynomial.h"
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+namespace teralune::service {
+
+namespace {
+
+constexpr double tolerance = 1e-9;
+
+/// The claims of a list; a comma behind a backslash is a LaTeX space.
+std::vector<std::string_view> claimsOf(std::string_view solution) {
+    std::vector<std::string_view> claims;
+    std::size_t start = 0;
+    for (std::size_t end = 0; end <= solution.size(); ++end) {
+        const bool separates = end == solution.size() || solution[end] == ';' ||
+                               (solution[end] == ',' && (end == 0 || solution[end - 1] != '\\'));
+        if (separates) {
+            claims.push_back(solution.substr(start, end - start));
+            start = end + 1;
+        }
+    }
+    return claims;
+}
+
+/// The value of "x=3" or "3"; empty when it is neither.
+Expression::Pointer claimedValue(std::string_view claim, char letter) {
+    Expression::Pointer value;
+    if (std::optional<Equation> equation = parseEquation(claim)) {
+        if (equation->left->kind == Expression::Kind::letter && equation->left->letter == letter) {
+            value = std::move(equation->right);
+        }
+    } else {
+        value = parseExpression(claim);
+    }
+    return value && !lettersOf(*value).contains(letter) ? std::move(value) : nullptr;
+}
+
+std::optional<bool> holdsExactly(const Equation& equation, char letter, const Expression& value) {
+    const std::optional<Polynomial> left = Polynomial::of(*equation.left, letter);
+    const std::optional<Polynomial> right = Polynomial::of(*equation.right, letter);
+    const std::optional<Polynomial> number = Polynomial::of(value, letter);
+    if (!left || !right || !number) {
+        return std::nullopt;
+    }
+    const Rational difference = (*left - *right).at(number->coefficient(0));
+    return difference.isDefined() ? std::optional(difference == Rational(0)) : std::nullopt;
+}
+
+bool holdsNearly(const Equation& equation, char letter, const Expression& value) {
+    const double number = evaluate(value, letter, 0);
+    const double left = evaluate(*equation.left, letter, number);
+    const double right = evaluate(*equation.right, letter, number);
+    return std::fabs(left - right) <= tolerance * std::max({1.0, std::fabs(left), std::fabs(right)});
+}
+
+} // namespace
+
+std::optional<bool> verifySolution(std::string_view problem, std::string_view solution) {
+    const std::optional<Equation> equation = parseEquation(problem);
+    if (!equation) {
+        return std::nullopt;
+    }
+    std::set<char> letters = lettersOf(*equation->left);
+    letters.merge(lettersOf(*equation->right));
+    if (letters.size() != 1) {
+        return std::nullopt;
+    }
+    const char letter = *letters.begin();
+    bool verified = true;
+    for (const std::string_view claim : claimsOf(solution)) {
+        const Expression::Pointer value = claimedValue(claim, letter);
+        if (!value) {
+            return std::nullopt;
+        }
+        const std::optional<bool> exactly = holdsExactly(*equation, letter, *value);
+        verified = verified && (exactly ? *exactly : holdsNearly(*equation, letter, *value));
+    }
+    return verified;
+}
+
+} // namespace teralune::service
