@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <optional>
 
 namespace teralune {
@@ -23,10 +24,13 @@ struct LoggerTest : testing::Test {
     }
     ~LoggerTest() override { EXPECT_EQ(application.fakePlatform.printer->takeLines(), Lines()); }
 
+    /// Without the lines of the client, which has its own tests.
     Lines printedBy(const std::function<void()>& action) {
         action();
         application.run();
-        return application.fakePlatform.printer->takeLines();
+        Lines lines = application.fakePlatform.printer->takeLines();
+        std::erase_if(lines, [](const std::string& line) { return line.starts_with("Error: "); });
+        return lines;
     }
     std::string stored() {
         const auto array = application.platform().userDefaults->array("QueryLogCache");
