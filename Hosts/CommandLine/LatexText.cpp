@@ -1,0 +1,146 @@
+#include "Hosts/CommandLine/LatexText.h"
+
+#include <algorithm>
+#include <cctype>
+#include <map>
+
+namespace teralune {
+namespace {
+
+constexpr int deepestNesting = 50;
+
+const std::map<std::string_view, std::string_view>& symbols() {
+    static const std::map<std::string_view, std::string_view> table = {
+        {"cdot", "·"},        {"times", "×"}, {"div", "÷"},        {"pm", "±"},    {"le", "≤"},
+        {"leq", "≤"},         {"ge", "≥"},    {"geq", "≥"},        {"ne", "≠"},    {"neq", "≠"},
+        {"pi", "π"},          {"infty", "∞"}, {"theta", "θ"},      {"alpha", "α"}, {"beta", "β"},
+        {"int", "∫"},         {"sum", "∑"},   {"to", "→"},         {"left", ""},   {"right", ""},
+        {"displaystyle", ""}, {"quad", "  "}, {"Rightarrow", "⇒"}, {"mathrm", ""}, {"mathbb", ""},
+    };
+    return table;
+}
+
+bool isLetter(char c) {
+    return std::isalpha(static_cast<unsigned char>(c)) != 0;
+}
+
+/// Whether a numerator, a denominator or a radicand needs no brackets: one number, one name or one symbol.
+bool isAtom(std::string_view text) {
+    constexpr std::size_t symbolLength = 2;
+    const bool isWord = std::all_of(text.begin(), text.end(), [](char c) {
+        return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '.';
+    });
+    return isWord || (text.size() == symbolLength && static_cast<unsigned char>(text.front()) >= 0x80);
+}
+
+std::string bracketed(const std::string& text) {
+    return isAtom(text) ? text : "(" + text + ")";
+}
+
+/// Reads LaTeX from the front to the back, once.
+class Reader {
+public:
+    explicit Reader(std::string_view latex) : rest_(latex) {}
+
+    std::string all() {
+        std::string text;
+        while (!rest_.empty()) {
+            text += piece();
+        }
+        return text;
+    }
+
+private:
+    char take() {
+        const char c = rest_.front();
+        rest_.remove_prefix(1);
+        return c;
+    }
+
+    bool takeIf(char wanted) {
+        if (rest_.empty() || rest_.front() != wanted)
+            return false;
+        rest_.remove_prefix(1);
+        return true;
+    }
+
+    /// One command, one group in braces, or one character.
+    std::string piece() {
+        const char c = take();
+        if (c == '{')
+            return group();
+        if (c == '^')
+            return power();
+        if (c == '\\')
+            return command();
+        return c == '}' ? std::string() : std::string(1, c);
+    }
+
+    /// What is left of a group whose opening brace was taken.
+    std::string group() {
+        if (++depth_ > deepestNesting) {
+            --depth_;
+            return "{";
+        }
+        std::string text;
+        while (!rest_.empty() && !takeIf('}'))
+            text += piece();
+        --depth_;
+        return text;
+    }
+
+    void skipBlanks() {
+        while (takeIf(' ')) {
+        }
+    }
+
+    std::string argument() {
+        skipBlanks();
+        return rest_.empty() ? std::string() : piece();
+    }
+
+    std::string power() {
+        const std::string exponent = argument();
+        if (exponent == "2")
+            return "²";
+        if (exponent == "3")
+            return "³";
+        return "^" + bracketed(exponent);
+    }
+
+    std::string command() {
+        if (rest_.empty())
+            return {};
+        if (!isLetter(rest_.front())) {
+            const char sign = take();
+            // "\:", "\," and their like are spaces of some width.
+            return std::string_view(":,;! ").find(sign) != std::string_view::npos ? " "
+                                                                                  : std::string(1, sign);
+        }
+        const auto end = std::find_if_not(rest_.begin(), rest_.end(), isLetter);
+        const std::string name(rest_.begin(), end);
+        rest_.remove_prefix(name.size());
+        skipBlanks();
+        if (name == "frac") {
+            const std::string numerator = argument();
+            return bracketed(numerator) + "/" + bracketed(argument());
+        }
+        if (name == "sqrt")
+            return "√" + bracketed(argument());
+        if (name == "text")
+            return argument();
+        const auto symbol = symbols().find(name);
+        return symbol != symbols().end() ? std::string(symbol->second) : name;
+    }
+
+    std::string_view rest_;
+    int depth_ = 0;
+};
+
+} // namespace
+
+std::string latexText(std::string_view latex) {
+    return Reader(latex).all();
+}
+
+} // namespace teralune

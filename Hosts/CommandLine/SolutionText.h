@@ -1,0 +1,20 @@
+#pragma once
+
+#include <boost/json/value.hpp>
+
+#include <string>
+#include <string_view>
+
+namespace teralune {
+
+enum class SolutionDetail { everyStep, solutionOnly };
+
+/// The server's steps text as JSON; the text itself as a JSON string when it is none.
+boost::json::value solutionRecord(std::string_view steps);
+/// The same for people: the problem, each step with its title, the solution.
+std::string solutionText(const boost::json::value& record, SolutionDetail detail);
+
+/// An answer of another kind, one line for each of its members.
+std::string recordText(const boost::json::value& record);
+
+} // namespace teralune
