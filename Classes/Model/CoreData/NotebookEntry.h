@@ -25,16 +25,16 @@ struct ListedAttributes {
 
 /// What a note is made of, for a note that is in no store (the preview of a shared list).
 struct NotebookEntryValues {
-    std::optional<std::string> remoteID;
-    std::optional<std::string> problem;
-    std::optional<std::string> notes;
-    std::optional<bool> isFavorite;
-    std::optional<Date> lastChange;
-    std::optional<std::string> savedFrom;
-    std::optional<std::string> topic;
-    std::optional<std::string> graph;
-    std::optional<std::string> url;
-    std::vector<std::string> tagStrings;
+    std::optional<std::string> remoteID = {};
+    std::optional<std::string> problem = {};
+    std::optional<std::string> notes = {};
+    std::optional<bool> isFavorite = {};
+    std::optional<Date> lastChange = {};
+    std::optional<std::string> savedFrom = {};
+    std::optional<std::string> topic = {};
+    std::optional<std::string> graph = {};
+    std::optional<std::string> url = {};
+    std::vector<std::string> tagStrings = {};
 };
 
 /// A note of the notebook, as a value: it stays valid when the note is changed or deleted, and also when the

@@ -1,6 +1,7 @@
 #include "Platform/Database/Database.h"
 #include "Platform/Database/DatabaseError.h"
 #include "Platform/Database/Transaction.h"
+#include "Tests/Support/TemporaryFolder.h"
 
 #include <filesystem>
 #include <fstream>
@@ -16,9 +17,6 @@ using std::filesystem::perms;
 
 class DatabaseTests : public testing::Test {
 protected:
-    DatabaseTests() { std::filesystem::remove_all(folder_); }
-    ~DatabaseTests() override { std::filesystem::remove_all(folder_); }
-
     Result<Database> open(Database::Access access = Database::Access::readWrite) {
         return Database::open({.file = file_, .access = access, .busyTimeout = std::chrono::milliseconds(0)});
     }
@@ -28,9 +26,8 @@ protected:
         return std::move(database).value();
     }
 
-    const std::filesystem::path folder_ =
-        std::filesystem::temp_directory_path() /
-        (std::string("teralune-database-") + testing::UnitTest::GetInstance()->current_test_info()->name());
+    const TemporaryFolder temporary_;
+    const std::filesystem::path folder_ = temporary_.path();
     const std::filesystem::path file_ = folder_ / "deep" / "store.sqlite";
 };
 

@@ -1,0 +1,109 @@
+#include "Tests/Classes/Model/CoreData/StoreFixture.h"
+
+#include "Classes/Model/CoreData/ObjectModel.h"
+#include "Classes/Model/CoreData/PersistentStoreCoordinator.h"
+
+namespace teralune {
+namespace {
+
+class DataControllerTests : public StoreFixture {
+protected:
+    /// Opens the store again, with the file as the test left it.
+    void reopen() {
+        controller.reset();
+        controller = std::make_unique<DataController>(application);
+    }
+};
+
+TEST_F(DataControllerTests, notes_survive_the_process_and_a_sign_out_leaves_none) {
+    merge(
+        R"([{"_id":"1","problem":"secret problem","savedFrom":"Solutions","lastChange":"","date":"","tags":["t"]}])");
+    repository().updateProblemWithSteps("secret problem", std::string(100'000, 's'));
+    reopen();
+    EXPECT_EQ(notes().at(0).tagStrings(), std::vector<std::string>{"t"});
+    controller->logout();
+    EXPECT_EQ(repository().noteCount(), 0);
+    EXPECT_EQ(repository().allTagStrings(), std::vector<std::string>());
+    EXPECT_LT(controller->getStorageBytes(), 80'000U) << "the space is given back";
+    for (const char* suffix : {"", "-wal"}) {
+        std::ifstream stream(file.string() + suffix, std::ios::binary);
+        const std::string contents(std::istreambuf_iterator<char>(stream), {});
+        EXPECT_EQ(contents.find("secret problem"), std::string::npos);
+    }
+}
+
+TEST_F(DataControllerTests, storage_is_the_size_of_the_store_file) {
+    reopen();
+    EXPECT_EQ(controller->getStorageBytes(), std::filesystem::file_size(file));
+    controller->persistentStoreCoordinator();
+    std::filesystem::rename(file, folder.path() / "elsewhere");
+    EXPECT_DEATH(static_cast<void>(controller->getStorageBytes()), "DataModel2.sqlite");
+    EXPECT_TRUE(
+        PersistentStoreCoordinator(
+            ObjectModel::load(std::filesystem::path(TERALUNE_TEST_RESOURCES) / "DataModel.momd").value())
+            .persistentStores()
+            .empty());
+}
+
+TEST_F(DataControllerTests, a_store_of_the_first_version_keeps_its_rows) {
+    controller.reset();
+    for (const char* suffix : {"", "-wal", "-shm"}) {
+        std::filesystem::remove(file.string() + suffix);
+    }
+    std::filesystem::copy_file(std::filesystem::path(TERALUNE_TEST_FIXTURES) / "Version1.sqlite", file);
+    reopen();
+    EXPECT_EQ(number("PRAGMA user_version"), ObjectModel::currentVersion);
+    EXPECT_EQ(repository().getNotebookEntry("x+1=2"),
+              (AttributeDictionary{{"graph", R"({"functions":["x^2"]})"},
+                                   {"isFavorite", true},
+                                   {"lastCached", Date(std::chrono::seconds(1546700000))},
+                                   {"lastChange", Date(std::chrono::seconds(1546657445))},
+                                   {"notes", "remarks"},
+                                   {"problem", "x+1=2"},
+                                   {"remoteID", "a"},
+                                   {"savedFrom", "Solutions"},
+                                   {"stepsData", R"({"steps":[1]})"},
+                                   {"topic", "Algebra"},
+                                   {"url", "https://example.org/1"}}));
+    EXPECT_EQ(tagsByProblem(),
+              (std::map<std::string, std::set<std::string>>{{"a graph", {}},
+                                                            {"a time without steps", {}},
+                                                            {"steps without a time", {"Exam"}},
+                                                            {"x+1=2", {"Exam", "homework"}}}));
+    EXPECT_EQ(note("steps without a time").stepsData(), R"({"steps":[2]})");
+    EXPECT_EQ(repository().nextEntryToCache(), "a time without steps");
+    repository().updateProblemWithSteps("a time without steps", "s");
+    EXPECT_EQ(repository().nextEntryToCache(), "steps without a time");
+    execute("INSERT INTO entries(problem) VALUES ('next')");
+    EXPECT_EQ(note("next").rowID(), 10) << "the number of a note that was deleted is not given out again";
+    EXPECT_EQ(number("SELECT count(*) FROM pragma_integrity_check WHERE integrity_check <> 'ok'"), 0);
+    EXPECT_EQ(number("SELECT count(*) FROM pragma_foreign_key_check"), 0);
+}
+
+TEST_F(DataControllerTests, the_library_does_not_run_without_its_store) {
+    controller.reset();
+    const TemporaryFolder resources;
+    StoreApplication without(folder.path(), resources.path());
+    EXPECT_DEATH(DataController{without}, "Error loading model from bundle");
+    resources.write("DataModel.momd/Version1.sql", "CREATE TABLE NotebookEntry(id)");
+    EXPECT_DEATH(DataController{without}, "Error initializing mom from: .*DataModel.momd");
+    resources.write("DataModel.momd/Version2.sql", "CREATE TABLE NotebookEntry(id)");
+    StoreApplication brokenLadder(folder.path() / "fresh", resources.path());
+    EXPECT_DEATH(DataController{brokenLadder}, "Error migrating store: .*NotebookEntry");
+
+    const char* const scripts[] = {"PRAGMA user_version = 3", "PRAGMA user_version = 0"};
+    for (const char* script : scripts) {
+        ASSERT_TRUE(std::move(Database::open({.file = file})).value().execute(script));
+        EXPECT_DEATH(DataController{application}, "Error migrating store: ") << script;
+        EXPECT_EQ(
+            std::move(Database::open({.file = file})).value().integer("SELECT count(*) FROM entries").value(),
+            0)
+            << "the file is as it was";
+    }
+    std::filesystem::remove_all(folder.path());
+    folder.write("DataModel2.sqlite", std::string(5000, 'x'));
+    EXPECT_DEATH(DataController{application}, "Error migrating store: .*not a database");
+}
+
+} // namespace
+} // namespace teralune

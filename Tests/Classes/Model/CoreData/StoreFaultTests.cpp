@@ -1,0 +1,157 @@
+#include "Tests/Classes/Model/CoreData/StoreFixture.h"
+
+#include "Platform/Database/DatabaseError.h"
+#include "Platform/Database/Transaction.h"
+
+#include <atomic>
+#include <thread>
+
+namespace teralune {
+namespace {
+
+std::string listOf(int first, int last, const std::string& remarks) {
+    std::string list = "[";
+    for (int number = first; number < last; ++number) {
+        list += list.size() > 1 ? "," : "";
+        list += R"({"_id":"id)" + std::to_string(number) + R"(","problem":"p)" + std::to_string(number) +
+                R"(","savedFrom":"Solutions","lastChange":"","date":"Jan 05, 2019 03:04:05 PM","notes":")" +
+                remarks + R"(","tags":["t)" + std::to_string(number % 3) + R"("]})";
+    }
+    list += "]";
+    return list;
+}
+
+class StoreFaultTests : public StoreFixture {
+protected:
+    void expectWholeStore() {
+        EXPECT_EQ(number("SELECT count(*) FROM pragma_integrity_check WHERE integrity_check <> 'ok'"), 0);
+        EXPECT_EQ(number("SELECT count(*) FROM pragma_foreign_key_check"), 0);
+    }
+};
+
+TEST_F(StoreFaultTests, a_disk_that_fills_up_leaves_the_old_list_or_the_new) {
+    merge(listOf(0, 200, "old"));
+    const std::int64_t pages = number("PRAGMA page_count");
+    bool hasFailed = false;
+    bool hasSucceeded = false;
+    for (std::int64_t room = 0; !hasSucceeded; ++room) {
+        ASSERT_LT(room, 1000);
+        execute("PRAGMA max_page_count = " + std::to_string(pages + room));
+        merge(listOf(100, 300, std::string(300, 'n')));
+        const std::vector<Error> errors = application.reporter.takeErrors();
+        hasSucceeded = errors.empty();
+        hasFailed |= !hasSucceeded;
+        EXPECT_EQ(number("SELECT count(*) FROM entries WHERE notes = 'old'"), hasSucceeded ? 0 : 200);
+        EXPECT_EQ(number("SELECT count(*) FROM entries"), 200);
+        expectWholeStore();
+        EXPECT_EQ(printed("Could not insert notebook entries: database or disk is full"), !hasSucceeded);
+    }
+    EXPECT_TRUE(hasFailed);
+}
+
+TEST_F(StoreFaultTests, every_operation_on_a_broken_store_gives_its_empty_result_and_says_why) {
+    merge(listOf(0, 1, ""));
+    NotebookEntry listed = notes().at(0);
+    execute("ALTER TABLE entries RENAME TO elsewhere");
+    application.printer->takeLines();
+    ObjectContext& context = controller->managedObjectContext();
+    const struct {
+        const char* prefix;
+        std::function<bool()> hasEmptyResult;
+    } operations[] = {
+        {"Could not fetch notebook entries: ", [&] { return notes().empty(); }},
+        {"Could not fetch notebook entries: ", [&] { return !repository().nextEntryToCache(); }},
+        {"Could not fetch notebook entries: ", [&] { return repository().allTopics().empty(); }},
+        {"Could not fetch notebook entries: ", [&] { return listed.tagStrings().empty(); }},
+        {"Could not count notebook entries: ", [&] { return repository().noteCount() == -1; }},
+        {"Could not determine if problem exists: ", [&] { return !repository().getNotebookEntry("p0"); }},
+        {"Could not insert notebook entries: ", [&] { return merge("[]"), true; }},
+        {"Could not remove selective notes from notebook: ",
+         [&] { return repository().removeNotes({listed}), true; }},
+        {"Could not fetch or save notebook entry to update for p0: ",
+         [&] { return repository().updateProblemWithSteps("p0", "s"), true; }},
+        {"Could not fetch notebook entry to update favorite for p0: ",
+         [&] { return repository().updateProblem("p0", Favorite{true}), true; }},
+        {"Could not update notebook entry: ",
+         [&] { return listed.setNotes("n", context, application.reporter), listed.notes() == ""; }},
+    };
+    for (const auto& operation : operations) {
+        EXPECT_TRUE(operation.hasEmptyResult()) << operation.prefix;
+        const std::vector<Error> errors = application.reporter.takeErrors();
+        ASSERT_EQ(errors.size(), 1U) << operation.prefix;
+        EXPECT_TRUE(printed(operation.prefix + errors[0].localizedDescription)) << operation.prefix;
+    }
+    repository().clear();
+    EXPECT_TRUE(printed("Could not delete all NotebookEntry: " +
+                        application.reporter.takeErrors().at(0).localizedDescription));
+    execute("ALTER TABLE tags RENAME TO nowhere");
+    EXPECT_EQ(repository().allTagStrings(), std::vector<std::string>());
+    EXPECT_TRUE(printed("Could not fetch entry tags: " +
+                        application.reporter.takeErrors().at(0).localizedDescription));
+    execute("ALTER TABLE elsewhere RENAME TO entries");
+    listed.setTags(std::vector<std::string>{"new"}, context, application.reporter);
+    EXPECT_TRUE(printed("Could not fetch existing notebook entry tags for 'new': " +
+                        application.reporter.takeErrors().at(0).localizedDescription));
+}
+
+TEST_F(StoreFaultTests, another_process_that_holds_the_lock_does_not_stop_readers) {
+    merge(listOf(0, 5, ""));
+    execute("PRAGMA busy_timeout = 0");
+    {
+        Database other = std::move(Database::open({.file = file})).value();
+        const Result<Transaction> lock = Transaction::begin(other, Transaction::Kind::writing);
+        ASSERT_TRUE(lock);
+        merge(listOf(0, 9, ""));
+        EXPECT_EQ(application.reporter.takeErrors().size(), 1U);
+        EXPECT_EQ(notes().size(), 5U);
+    }
+    merge(listOf(0, 9, ""));
+    EXPECT_EQ(notes().size(), 9U);
+}
+
+TEST_F(StoreFaultTests, lists_are_whole_while_refreshes_run) {
+    merge(listOf(0, 100, "a"));
+    std::atomic<bool> isOver = false;
+    std::thread writer([&] {
+        for (int pass = 0; pass < 20; ++pass) {
+            merge(pass % 2 == 0 ? listOf(50, 150, "b") : listOf(0, 100, "a"));
+        }
+        isOver = true;
+    });
+    const std::set<std::size_t> wholeSizes{100, 150};
+    do {
+        const std::vector<NotebookEntry> list = notes();
+        EXPECT_TRUE(wholeSizes.contains(list.size())) << list.size();
+        static_cast<void>(list.at(60).tagStrings());
+        repository().updateProblemWithSteps("p60", "steps");
+    } while (!isOver);
+    writer.join();
+    expectWholeStore();
+    EXPECT_EQ(note("p60").stepsData(), "steps");
+}
+
+TEST_F(StoreFaultTests, hostile_lists_are_stored_as_they_are) {
+    const std::string longID(10'000, 'i');
+    std::string deepGraph = R"({"a":1})";
+    for (int level = 0; level < 50; ++level) {
+        deepGraph = R"({"a":)" + deepGraph + "}";
+    }
+    merge(R"([{"_id":")" + longID +
+          R"(","problem":"a\u0000b","savedFrom":"'); DROP TABLE entries; --","lastChange":"",)"
+          R"("date":"Jan 32, 2019 03:04:05 PM","graph":)" +
+          deepGraph +
+          R"(,"tags":["\u0000","\u0000x"]},)"
+          R"({"_id":"","problem":"","savedFrom":"","lastChange":"","date":""}])");
+    EXPECT_EQ(notes().size(), 2U);
+    const NotebookEntry strange = note(std::string_view("a\0b", 3));
+    EXPECT_EQ(strange.remoteID(), longID);
+    EXPECT_EQ(strange.graph(), deepGraph);
+    EXPECT_EQ(strange.tagStrings(), (std::vector<std::string>{std::string(1, '\0'), std::string("\0x", 2)}));
+    EXPECT_EQ(strange.lastChange(), std::nullopt);
+    EXPECT_EQ(note("").remoteID(), "");
+    merge("[" + std::string(R"({"_id":5},)") + std::string(R"("text",[],null)") + "]");
+    EXPECT_EQ(repository().noteCount(), 0) << "no identifier could be read";
+}
+
+} // namespace
+} // namespace teralune
