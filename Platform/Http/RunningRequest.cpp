@@ -77,7 +77,13 @@ void RunningRequest::abandon() {
 
 template<class Step>
 void RunningRequest::post(std::chrono::milliseconds delay, Step step) {
-    auto work = [request = shared_from_this(), step = std::move(step)]() mutable { request->perform(step); };
+    // The session keeps its requests alive, not the queue: work that never runs must not own what owns the
+    // queue.
+    auto work = [weak = weak_from_this(), step = std::move(step)]() mutable {
+        if (const auto request = weak.lock()) {
+            request->perform(step);
+        }
+    };
     if (delay.count() > 0) {
         session_->delegateQueue->asyncAfter(delay, std::move(work));
     } else {

@@ -52,8 +52,7 @@ protected:
     LoopbackServer server{[this](const LoopbackServer::Request& request) {
         if (request.target() == "/refresh") {
             ++refreshes;
-            ++serverToken;
-            return Reply(200, "{}");
+            return Reply().hold("token " + std::to_string(++serverToken)).then("HTTP/1.1 204 No\r\n\r\n");
         }
         return isHolding ? Reply().hold("never")
                : request.header("Cookie") == "token=" + std::to_string(serverToken.load())
@@ -76,8 +75,8 @@ protected:
 
 TEST_F(SessionStormTest, refreshes_once_for_all_that_meet_a_stale_token) {
     for (const std::size_t count : {std::size_t{3}, std::size_t{1000}}) {
-        std::atomic<int> token = serverToken.load();
-        ++serverToken;
+        std::atomic<int> token = 0;
+        const std::string newToken = "token " + std::to_string(serverToken + 1);
         refreshes = 0;
         successes = 0;
         runs.assign(count, 0);
@@ -98,22 +97,23 @@ TEST_F(SessionStormTest, refreshes_once_for_all_that_meet_a_stale_token) {
             refresh = manager->request(server.url("/refresh"), HttpMethod::post)
                           .inLane(TransferLane::control)
                           .withoutRetrier()
-                          .response([&](DataResponse<void>) { token = serverToken.load(); });
+                          .response([&](DataResponse<void>) {
+                              const std::lock_guard answering(mutex);
+                              token = serverToken.load();
+                              for (RetryCompletion& waiting : held) {
+                                  waiting(RetryDecision::retry, milliseconds(0));
+                              }
+                          });
         };
         for (std::size_t index = 0; index < count; ++index) {
             send(index).detach();
         }
-        const auto allHeld = [&] {
+        // The reply to the refresh waits for all of them: they hold no place at the server meanwhile.
+        main->runUntil([&] {
             const std::lock_guard lock(mutex);
             return held.size() == count;
-        };
-        main->runUntil([&] { return token == serverToken && allHeld(); });
-        {
-            const std::lock_guard lock(mutex);
-            for (RetryCompletion& completion : held) {
-                completion(RetryDecision::retry, milliseconds(0));
-            }
-        }
+        });
+        server.release(newToken);
         waitForHandlers(count);
         EXPECT_EQ(successes, count);
         EXPECT_EQ(refreshes, 1);
