@@ -65,9 +65,6 @@ void Networking::refreshToken(UniqueFunction<void(bool)> completion) {
     const std::string url = fullHostName() + (isLoggedIn ? "/refresh" : "/api/mobile/token");
     log("Request to: %@", {url});
 
-    const std::lock_guard lock(lock_);
-    if (isEnding_)
-        return;
     SessionManager& manager = isLoggedIn ? *sessionManagerWithPrivateToken_ : *sessionManagerWithAnyToken_;
     // A refresh that is refused must fail rather than wait for itself, and must not queue behind the requests
     // that wait for it.

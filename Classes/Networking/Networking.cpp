@@ -50,11 +50,11 @@ Networking::Networking(IApplication& application, const ITeraluneConstants& cons
 }
 
 Networking::~Networking() {
-    // While one session manager ends, a refused request of another may ask for a refresh on the first.
-    {
-        const std::lock_guard lock(lock_);
-        isEnding_ = true;
-    }
+    // A request of one session manager that is refused while another ends would look for that other one to
+    // refresh the token, so none may ask any more before the first one goes.
+    for (auto* manager :
+         {&sessionManagerWithPrivateToken_, &sessionManagerWithAnyToken_, &sessionManagerWithoutToken_})
+        (*manager)->setRetrier(nullptr);
     sessionManagerWithPrivateToken_.reset();
     sessionManagerWithAnyToken_.reset();
     sessionManagerWithoutToken_.reset();

@@ -185,9 +185,8 @@ private:
     mutable std::mutex playSessionMutex_; ///< replies set the value while requests are being written
     std::optional<std::string> playSession_;
 
-    std::mutex lock_; ///< guards the three below
+    std::mutex lock_; ///< guards the two below
     bool isRefreshing_ = false;
-    bool isEnding_ = false; ///< no refresh is started any more
     std::vector<RetryCompletion> requestsToRetry_;
 
     std::unique_ptr<SessionManager> sessionManagerWithPrivateToken_;

@@ -1,0 +1,177 @@
+#include "Platform/Dispatch/MainQueue.h"
+#include "Platform/Dispatch/QueuePool.h"
+#include "Tests/Classes/Networking/NetworkingFixture.h"
+
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <thread>
+
+namespace teralune {
+namespace {
+
+using testing::Contains;
+using testing::HasSubstr;
+using testing::Not;
+
+class TokenRefreshTests : public NetworkingFixture {
+protected:
+    std::vector<std::string> told;
+
+    void SetUp() override { application.fakeUserAccountModel.signIn("c1", "old"); }
+
+    /// Sends a request that can be told by its name, and leaves it unanswered.
+    void ask(const std::string& problem) {
+        networking->verify(problem, "", SolutionOrigin::input, [this, problem](const VerifyReply& reply) {
+            told.push_back(problem + (reply.success ? " answered" : " failed"));
+        });
+        application.run();
+    }
+    static std::string path(const std::string& problem) {
+        return "https://api.test/api/verifySolution?problem=" + problem +
+               "&solution=&language=en&origin=input";
+    }
+    std::vector<std::string> urlsFrom(std::size_t first) const {
+        const auto all = urls();
+        return {all.begin() + static_cast<std::ptrdiff_t>(first), all.end()};
+    }
+};
+
+TEST_F(TokenRefreshTests, requests_refused_together_wait_for_one_refresh_and_are_retried_in_order) {
+    for (const char* problem : {"a", "b", "c"})
+        ask(problem);
+    for (const std::size_t index : {2U, 0U, 1U})
+        answer(index, reply(403, ""));
+    EXPECT_EQ(urlsFrom(3), std::vector<std::string>{"https://api.test/refresh"});
+    EXPECT_EQ(transport.requests()[3].method, HttpMethod::post);
+    EXPECT_EQ(transport.lanes()[3], TransferLane::control);
+    EXPECT_THAT(cookies(3), HasSubstr("tq.token=old"));
+    EXPECT_TRUE(told.empty());
+
+    answer(3, reply(200, R"({"jwt":"new"})"));
+    EXPECT_EQ(urlsFrom(4), (std::vector{path("c"), path("a"), path("b")}));
+    EXPECT_THAT(cookies(4), HasSubstr(";tq.token=new"));
+    EXPECT_THAT(cookies(4), Not(HasSubstr("old")));
+    for (const std::size_t index : {4U, 5U, 6U})
+        answer(index, reply(200, "{}"));
+    EXPECT_EQ(told, (std::vector<std::string>{"c answered", "a answered", "b answered"}));
+    const auto lines = application.recordingCrashReporter.lines();
+    EXPECT_THAT(lines, Contains("Request to: https://api.test/refresh"));
+    EXPECT_THAT(lines, Contains("Successfully received new access token: new"));
+    EXPECT_THAT(lines, Contains("Refresh was successful: true"));
+    EXPECT_EQ(application.fakeUserAccountModel.prompts, 0);
+}
+
+TEST_F(TokenRefreshTests, a_refresh_without_a_token_fails_what_waits_and_the_next_403_asks_again) {
+    struct Case {
+        TransferOutcome outcome;
+        int prompts;
+        const char* line;
+    };
+    const Case cases[] = {
+        {reply(200, R"({"alert":"No.","jwt":"new"})"), 0, "Alert from refresh: No."},
+        {reply(200, "{}"), 0, "Refresh was successful: false"},
+        {reply(200, R"({"jwt":5})"), 0, "Refresh was successful: false"},
+        {reply(200, "[]"), 0, "Refresh was successful: false"},
+        {reply(500, R"({"jwt":"new"})"), 0, "Refresh was successful: false"},
+        {ScriptedTransport::failure(HttpTransportError::timedOut), 0, "Refresh was successful: false"},
+        {reply(403, R"({"jwt":"new"})"), 1, "Refresh was successful: false"},
+    };
+    std::size_t sent = 0;
+    for (const Case& each : cases) {
+        ask("a");
+        ask("b");
+        answer(sent, reply(403, ""));
+        answer(sent + 1, reply(403, ""));
+        answer(sent + 2, each.outcome);
+        sent += 3;
+        EXPECT_EQ(urls().size(), sent);
+        EXPECT_EQ(told, (std::vector<std::string>{"a failed", "b failed"}));
+        told.clear();
+        EXPECT_EQ(application.fakeUserAccountModel.prompts, each.prompts);
+        EXPECT_NE(application.settings.accessToken(), "new");
+        EXPECT_THAT(application.recordingCrashReporter.takeLines(), Contains(each.line));
+    }
+}
+
+TEST_F(TokenRefreshTests, only_a_403_is_retried) {
+    const TransferOutcome outcomes[] = {
+        reply(401, ""), reply(500, ""),
+        ScriptedTransport::failure(HttpTransportError::networkConnectionLost)};
+    for (const TransferOutcome& outcome : outcomes) {
+        ask("a");
+        answer(urls().size() - 1, outcome);
+        const auto lines = application.recordingCrashReporter.takeLines();
+        EXPECT_THAT(lines, Contains("Something went wrong with the request (not a 403)"));
+        EXPECT_THAT(lines, Contains("Failed request: GET " + path("a")));
+    }
+    EXPECT_EQ(urls(), (std::vector{path("a"), path("a"), path("a")}));
+}
+
+TEST_F(TokenRefreshTests, nobody_signed_in_gets_a_token_of_its_own) {
+    application.settings.logout();
+    ask("a");
+    answer(0, reply(403, ""));
+    answer(1, reply(200, R"({"jwt":"anyone"})"));
+    EXPECT_EQ(urlsFrom(1), (std::vector<std::string>{"https://api.test/api/mobile/token", path("a")}));
+    EXPECT_THAT(cookies(2), HasSubstr(";tq.token=anyone"));
+}
+
+TEST_F(TokenRefreshTests, a_client_that_ends_during_a_refresh_answers_everyone_once) {
+    ask("a");
+    ask("b");
+    answer(0, reply(403, ""));
+    answer(1, reply(403, ""));
+    networking.reset();
+    application.run();
+    answer(2, reply(200, R"({"jwt":"new"})"));
+    EXPECT_THAT(told, testing::UnorderedElementsAre("a failed", "b failed"));
+    EXPECT_EQ(application.settings.accessToken(), "old");
+}
+
+/// The same with threads: replies arrive on one, the delegate queue is another, requests come from two more.
+TEST_F(TokenRefreshTests, a_storm_of_refused_requests_is_answered_in_full_and_so_is_one_that_is_cut_short) {
+    constexpr int count = 200;
+    networking.reset();
+    const auto mainQueue = std::make_shared<MainQueue>();
+    PlatformServices& services = application.fakePlatform.services;
+    services.mainQueue = mainQueue;
+    services.httpDelegateQueue = services.queuePool->makeSerialQueue("delegate");
+    std::atomic<int> refreshes = 0;
+    services.transport = std::make_shared<ScriptedTransport>(
+        services.backgroundPool->makeSerialQueue("transport"), [&](const URLRequest& request) {
+            const HttpHeaders session{{"Set-Cookie", "PLAY_SESSION=s; Path=/"}};
+            if (request.url.ends_with("/refresh")) {
+                ++refreshes;
+                return ScriptedTransport::reply(200, R"({"jwt":"new"})", session);
+            }
+            const bool isFresh = request.headers.value("Cookie")->find("tq.token=new") != std::string::npos;
+            return ScriptedTransport::reply(isFresh ? 200 : 403, "true", session);
+        });
+    networking.emplace(application, application.constants);
+
+    std::vector<int> timesTold(count);
+    int total = 0;
+    const auto send = [&](int first) {
+        for (int index = first; index < count; index += 2)
+            networking->hasWebNotes([&, index](bool isTrue) {
+                timesTold[static_cast<std::size_t>(index)] += isTrue ? 1 : 100;
+                ++total;
+            });
+    };
+    std::thread other(send, 1);
+    send(0);
+    other.join();
+    EXPECT_TRUE(mainQueue->runUntil([&] { return total == count; }, std::chrono::seconds(30)));
+    EXPECT_THAT(timesTold, testing::Each(1));
+    EXPECT_GE(refreshes, 1);
+
+    // Once more, but the client ends in the middle of it.
+    application.settings.setAccessToken("old");
+    send(0);
+    networking.reset();
+    EXPECT_TRUE(mainQueue->runUntil([&] { return total == count * 3 / 2; }, std::chrono::seconds(30)));
+}
+
+} // namespace
+} // namespace teralune
