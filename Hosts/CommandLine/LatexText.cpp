@@ -64,9 +64,18 @@ private:
         return true;
     }
 
-    /// One command, one group in braces, or one character.
+    /// One command, one group in braces, or one character; just the character where the nesting is too deep.
     std::string piece() {
         const char c = take();
+        if (depth_ == deepestNesting)
+            return std::string(1, c);
+        ++depth_;
+        std::string text = pieceFrom(c);
+        --depth_;
+        return text;
+    }
+
+    std::string pieceFrom(char c) {
         if (c == '{')
             return group();
         if (c == '^')
@@ -78,14 +87,9 @@ private:
 
     /// What is left of a group whose opening brace was taken.
     std::string group() {
-        if (++depth_ > deepestNesting) {
-            --depth_;
-            return "{";
-        }
         std::string text;
         while (!rest_.empty() && !takeIf('}'))
             text += piece();
-        --depth_;
         return text;
     }
 

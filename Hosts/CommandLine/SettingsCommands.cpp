@@ -7,6 +7,7 @@
 #include <boost/json/array.hpp>
 #include <boost/json/object.hpp>
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <utility>
@@ -18,6 +19,7 @@ namespace {
 constexpr std::array<std::string_view, 3> stepWords = {"showSteps", "hideSteps", "stepByStep"};
 constexpr std::int64_t fewestDecimals = 2;
 constexpr std::int64_t mostDecimals = 10;
+constexpr std::size_t widestCode = 5;
 
 struct Setting {
     std::string key;
@@ -101,7 +103,8 @@ Result<void> showLanguages(const CommandContext& context) {
         // Requests know one Portuguese only.
         const bool isCurrent = code == current || (current == "pt" && code == "pt-PT");
         offered.push_back({{"code", code}, {"label", label}});
-        text += (isCurrent ? "* " : "  ") + code + "  " + label + '\n';
+        const std::string column = code + std::string(widestCode - std::min(widestCode, code.size()), ' ');
+        text += (isCurrent ? "* " : "  ") + column + "  " + label + '\n';
     }
     context.output.show({{"current", current}, {"offered", std::move(offered)}}, text);
     return {};

@@ -54,14 +54,28 @@ std::string solutionText(const boost::json::value& record, SolutionDetail detail
     return text;
 }
 
-std::string recordText(const boost::json::value& record) {
-    if (!record.is_object())
-        return record.is_string() ? std::string(record.get_string()) : serializeJson(record);
+std::string verdictText(const boost::json::value& record) {
+    const boost::json::object* verdict = record.if_object();
+    const boost::json::value* verified = verdict ? verdict->if_contains("verified") : nullptr;
+    if (!verified || !verified->is_bool())
+        return serializeJson(record);
+    return latexText(textOf(*verdict, "solution")) +
+           (verified->get_bool() ? " solves " : " does not solve ") + latexText(textOf(*verdict, "problem")) +
+           '\n';
+}
+
+std::string plotText(const boost::json::value& record) {
+    const boost::json::object* plot = record.if_object();
+    const boost::json::value* functions = plot ? plot->if_contains("functions") : nullptr;
+    if (!functions || !functions->is_array())
+        return serializeJson(record);
     std::string text;
-    for (const auto& [key, value] : record.get_object()) {
-        const std::string shown =
-            value.is_string() ? latexText(std::string_view(value.get_string())) : serializeJson(value);
-        text += std::string(key) + ": " + shown + '\n';
+    for (const boost::json::value& value : functions->get_array()) {
+        const boost::json::object* function = value.if_object();
+        const boost::json::value* points = function ? function->if_contains("points") : nullptr;
+        if (points && points->is_array())
+            text += latexText(textOf(*function, "latex")) + ": " +
+                    std::to_string(points->get_array().size()) + " points; --json shows them.\n";
     }
     return text;
 }

@@ -14,7 +14,9 @@ boost::json::value solutionRecord(std::string_view steps);
 /// The same for people: the problem, each step with its title, the solution.
 std::string solutionText(const boost::json::value& record, SolutionDetail detail);
 
-/// An answer of another kind, one line for each of its members.
-std::string recordText(const boost::json::value& record);
+/// What the server says of a solution that was to be verified, and of a graph that was to be plotted. An
+/// answer of another form is shown as it came.
+std::string verdictText(const boost::json::value& record);
+std::string plotText(const boost::json::value& record);
 
 } // namespace teralune

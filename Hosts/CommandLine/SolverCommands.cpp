@@ -49,7 +49,7 @@ Result<void> verify(const CommandContext& context, const Arguments& arguments) {
     if (!reply.body)
         return commandError("The server could not verify this solution.");
     const boost::json::value verdict = solutionRecord(*reply.body);
-    context.output.show(verdict, recordText(verdict));
+    context.output.show(verdict, verdictText(verdict));
     return {};
 }
 
@@ -60,7 +60,7 @@ Result<void> plot(const CommandContext& context, const Arguments& arguments) {
     if (!reply.body)
         return commandError("The server could not plot this expression.");
     const boost::json::value information = solutionRecord(*reply.body);
-    context.output.show(information, recordText(information));
+    context.output.show(information, plotText(information));
     return {};
 }
 

@@ -45,11 +45,13 @@ Result<void> synchronize(const CommandContext& context) {
     CacheProgress progress(application.dataController().notebookEntryRepository());
     NotebookSynchronizationJob::Phase phase;
     {
+        ProgressLine line;
         const InterruptWatch watch(application.mainQueue(), [&] {
             interrupted = true;
             application.notebookSynchronizationJob().stopJob();
+            line.draw("");
+            std::fputs("Stopping after the step that is under way; Ctrl-C once more ends at once.\n", stderr);
         });
-        ProgressLine line;
         phase = runSynchronization(application, [&](auto now) { line.draw(progressText(now, progress)); });
     }
     if (phase == NotebookSynchronizationJob::Phase::parked)

@@ -22,12 +22,16 @@ int complain(const std::string& line, ExitCode code) {
 }
 
 void addOptions(CLI::App& root, Options& options) {
-    root.add_option("--data-dir", options.host.dataFolder, "Where settings and notes are kept")
-        ->capture_default_str();
-    root.add_option("--api-host", options.host.apiHost,
-                    "HOST[:PORT] of the solver service; without it a stand-in runs inside this process");
-    root.add_option("--ocr-host", options.host.ocrHost,
-                    "HOST[:PORT] of the recognition service; the solver service's unless given");
+    // The last one counts, so that a shell's alias can be overruled.
+    const auto add = [&root](const char* name, auto& variable, const char* description) {
+        return root.add_option(name, variable, description)
+            ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+    };
+    add("--data-dir", options.host.dataFolder, "Where settings and notes are kept")->capture_default_str();
+    add("--api-host", options.host.apiHost,
+        "HOST[:PORT] of the solver service; without it a stand-in runs inside this process");
+    add("--ocr-host", options.host.ocrHost,
+        "HOST[:PORT] of the recognition service; the solver service's unless given");
     root.add_flag("--http", options.host.plainHttp, "Talk to the given hosts over http instead of https");
     root.add_flag("--offline", options.host.offline, "Behave as without a network");
     root.add_flag("--verbose", options.host.verbose, "Show printed and logged lines on standard error");

@@ -1,0 +1,216 @@
+#include "Classes/Interfaces/NotebookEntryRepositoryType.h"
+#include "Hosts/CommandLine/CommandLineApplication.h"
+#include "Hosts/CommandLine/Synchronization.h"
+#include "Hosts/CommandLine/Waiting.h"
+#include "SolverService/Model/NoteRecord.h"
+#include "SolverService/SolverService.h"
+#include "Tests/Support/TemporaryFolder.h"
+
+#include <boost/json/object.hpp>
+#include <gmock/gmock.h>
+
+namespace teralune {
+namespace {
+
+using namespace std::chrono_literals;
+using service::Fault;
+using service::ReceivedRequest;
+using testing::ElementsAre;
+using testing::Optional;
+using testing::SizeIs;
+using Phase = NotebookSynchronizationJob::Phase;
+
+constexpr auto limit = 30s;
+constexpr const char* listPath = "/api/notebookEntriesForMobileAll";
+constexpr const char* stepsPath = "/pub_api/steps";
+constexpr const char* email = "ada@teralune.example";
+
+/// The library with every service real, as the terminal's host wires it, and the service it talks to.
+class WiredLibraryTests : public testing::Test {
+protected:
+    WiredLibraryTests() {
+        SolverService::Options options;
+        options.demoAccount = SolverService::DemoAccount::none;
+        service_ = std::move(SolverService::start(std::move(options)).value());
+        start();
+    }
+
+    /// Begins anew, as after the process was ended.
+    void start() {
+        application_.reset();
+        HostOptions options;
+        options.dataFolder = folder_.path();
+        options.apiHost = service_->host();
+        options.plainHttp = true;
+        application_ = std::move(CommandLineApplication::open(options).value());
+    }
+
+    template<class Value>
+    Value waitFor(UniqueFunction<void(UniqueFunction<void(Value)>)> begin) {
+        return teralune::waitFor<Value>(*application_->mainQueue(), std::move(begin));
+    }
+
+    void signUp(std::initializer_list<const char*> problems = {}) {
+        const auto reply = waitFor<SignInReply>([this](auto done) {
+            application_->networking().signupWith(email, "Ada", "L", "a password", std::move(done));
+        });
+        boost::json::object response;
+        for (const auto& [key, value] : reply.value())
+            response[key] = value;
+        application_->userAccountModel().consume(boost::json::value(response));
+        application_->settle();
+        std::vector<service::NoteRecord> notes;
+        for (const char* problem : problems)
+            notes.emplace_back().problem = problem;
+        ASSERT_TRUE(service_->addNotes(email, notes));
+    }
+
+    /// The job changes its phase on the background queue, which wakes nobody here.
+    void runWhile(Phase phase) {
+        while (application_->notebookSynchronizationJob().phase() == phase)
+            application_->mainQueue()->runUntil([] { return false; }, 1ms);
+    }
+    NotebookEntryRepositoryType& repository() {
+        return application_->dataController().notebookEntryRepository();
+    }
+    std::optional<std::string> cachedSteps(const std::string& problem) {
+        const auto entry = repository().getNotebookEntry(problem);
+        if (!entry || !entry->contains("stepsData"))
+            return std::nullopt;
+        return std::get<std::string>(entry->at("stepsData"));
+    }
+    std::vector<std::string> pathsOf(const std::vector<ReceivedRequest>& requests) {
+        std::vector<std::string> paths;
+        for (const ReceivedRequest& request : requests)
+            paths.emplace_back(request.path());
+        return paths;
+    }
+
+    TemporaryFolder folder_;
+    std::unique_ptr<SolverService> service_;
+    std::unique_ptr<CommandLineApplication> application_;
+};
+
+TEST_F(WiredLibraryTests, three_requests_with_a_stale_token_share_one_refresh_and_all_succeed) {
+    signUp({"2x=4"});
+    const auto staleToken = application_->persistence().accessToken();
+    service_->expireTokens();
+    service_->requestLog().clear();
+    // All three are on their way before the first is refused.
+    const std::vector<std::string> paths = {"/api/hasWebNotes", listPath, "/api/user/info"};
+    for (const std::string& path : paths)
+        service_->faults().script(path, Fault::hold());
+    int succeeded = 0;
+    NetworkingType& networking = application_->networking();
+    networking.hasWebNotes([&](bool hasNotes) { succeeded += hasNotes ? 1 : 0; });
+    networking.getNotebookEntries([&](const auto& reply) { succeeded += reply.entries.size() == 1 ? 1 : 0; });
+    networking.getUserData([&](const auto& user) { succeeded += user ? 1 : 0; });
+    ASSERT_TRUE(service_->faults().waitForHeld(3, limit));
+    service_->faults().release();
+    ASSERT_TRUE(application_->mainQueue()->runUntil([&] { return succeeded == 3; }, limit));
+
+    const auto requests = service_->requestLog().requests();
+    ASSERT_THAT(requests, SizeIs(7));
+    EXPECT_EQ(requests[3].path(), "/refresh");
+    for (const std::string& path : paths) {
+        const auto attempts = service_->requestLog().requestsTo(path);
+        ASSERT_THAT(attempts, SizeIs(2)) << path;
+        EXPECT_EQ(attempts[0].cookie("tq.token"), staleToken) << path;
+        EXPECT_EQ(attempts[1].cookie("tq.token"), application_->persistence().accessToken()) << path;
+        EXPECT_EQ(attempts[1].body, attempts[0].body) << path;
+    }
+}
+
+TEST_F(WiredLibraryTests, a_session_that_the_server_rejects_is_signed_out_without_telling_it) {
+    signUp({"2x=4"});
+    ASSERT_EQ(runSynchronization(*application_), Phase::idle);
+    service_->rejectRefresh();
+    service_->requestLog().clear();
+    EXPECT_FALSE(waitFor<bool>([this](auto done) {
+        application_->networking().updateNote(Favorite{true}, "2x=4", std::move(done));
+    }));
+    EXPECT_TRUE(application_->sessionWasRejected());
+    EXPECT_FALSE(application_->userAccountModel().isLoggedIn());
+    EXPECT_EQ(repository().noteCount(), 0);
+    application_->settle();
+    EXPECT_THAT(pathsOf(service_->requestLog().requests()),
+                ElementsAre("/api/notebook/updateNoteFavorite", "/refresh"));
+}
+
+TEST_F(WiredLibraryTests, a_failed_list_download_keeps_the_notes_and_parks_the_job_until_the_next_start) {
+    signUp({"2x=4", "3x=9"});
+    ASSERT_EQ(runSynchronization(*application_), Phase::idle);
+    const struct {
+        const char* what;
+        Fault fault;
+    } faults[] = {{"an error status", Fault::answer(500)},
+                  {"no reply", Fault::hangUp()},
+                  {"half a list", Fault::cutBody()},
+                  {"no list", Fault::answer(200, R"({"notes":[]})", "application/json")},
+                  {"a list of other things", Fault::answer(200, "[1,2]", "application/json")}};
+    for (const auto& [what, fault] : faults) {
+        start();
+        service_->faults().script(listPath, fault);
+        EXPECT_EQ(runSynchronization(*application_), Phase::parked) << what;
+        service_->requestLog().clear();
+        EXPECT_EQ(runSynchronization(*application_), Phase::parked) << what;
+        EXPECT_EQ(service_->requestLog().count(listPath), 0U) << what;
+        EXPECT_EQ(repository().noteCount(), 2) << what;
+    }
+    start();
+    EXPECT_EQ(runSynchronization(*application_), Phase::idle);
+}
+
+TEST_F(WiredLibraryTests, a_stopped_job_stores_the_step_under_way_and_goes_on_at_the_next_run) {
+    signUp({"2x=4", "3x=9", "4x=16"});
+    service_->faults().script(stepsPath, Fault::hold());
+    NotebookSynchronizationJob& job = application_->notebookSynchronizationJob();
+    job.runSynchronizationJob();
+    runWhile(Phase::listing);
+    ASSERT_TRUE(service_->faults().waitForHeld(1, limit));
+    job.stopJob();
+    service_->faults().release();
+    runWhile(Phase::caching);
+    EXPECT_EQ(service_->requestLog().count(stepsPath), 1U);
+    EXPECT_EQ(runSynchronization(*application_), Phase::idle);
+    EXPECT_EQ(service_->requestLog().count(stepsPath), 3U);
+    EXPECT_EQ(repository().nextEntryToCache(), std::nullopt);
+}
+
+TEST_F(WiredLibraryTests, a_restart_keeps_session_settings_notes_and_steps) {
+    signUp({"2x=4"});
+    application_->persistence().setNumDecimalDisplay(3);
+    ASSERT_EQ(runSynchronization(*application_), Phase::idle);
+    const auto token = application_->persistence().accessToken();
+    const auto installation = application_->persistence().installationID();
+    const auto steps = cachedSteps("2x=4");
+    ASSERT_THAT(steps, Optional(testing::HasSubstr("x=2")));
+
+    start();
+    EXPECT_TRUE(application_->userAccountModel().isLoggedIn());
+    EXPECT_EQ(application_->persistence().userEmail(), email);
+    EXPECT_EQ(application_->persistence().accessToken(), token);
+    EXPECT_EQ(application_->persistence().installationID(), installation);
+    EXPECT_EQ(application_->persistence().numDecimalDisplay(), 3);
+    EXPECT_EQ(cachedSteps("2x=4"), steps);
+    // The list is merged again, and nothing is left to fetch.
+    service_->requestLog().clear();
+    EXPECT_EQ(runSynchronization(*application_), Phase::idle);
+    EXPECT_THAT(pathsOf(service_->requestLog().requests()), ElementsAre(listPath));
+}
+
+TEST_F(WiredLibraryTests, a_host_can_end_with_requests_under_way) {
+    signUp();
+    service_->faults().script(service::Faults::everyPath, Fault::hold(), service::Faults::everyTime);
+    bool told = false;
+    for (int i = 0; i < 20; ++i)
+        application_->networking().hasWebNotes([&told](bool) { told = true; });
+    application_->notebookSynchronizationJob().runSynchronizationJob();
+    ASSERT_TRUE(service_->faults().waitForHeld(6, limit));
+    application_.reset();
+    EXPECT_FALSE(told);
+    service_->faults().release();
+}
+
+} // namespace
+} // namespace teralune
