@@ -27,7 +27,8 @@ void ReplyCollector::addField(std::string_view line) {
     const std::size_t colon = line.find(':');
     if (line.front() == ' ' || line.front() == '\t') {
         if (headers_.size() > 0) {
-            headers_.appendToLast(" " + std::string(trimmed(line)));
+            headers_.appendToLast(" ");
+            headers_.appendToLast(trimmed(line));
         }
     } else if (colon != std::string_view::npos) {
         headers_.add(std::string(trimmed(line.substr(0, colon))),
