@@ -6,10 +6,9 @@
 #include "Benchmarks/NotebookBytes.h"
 #include "Classes/Model/CoreData/DataController.h"
 #include "Classes/Model/CoreData/NotebookEntryRepository.h"
-#include "Classes/Model/CoreData/ObjectContext.h"
-#include "Platform/Database/Database.h"
+#include "Platform/Dispatch/QueuePool.h"
 #include "Platform/Foundation/JsonMapping.h"
-#include "Tests/Classes/Model/CoreData/StoreApplication.h"
+#include "Tests/Support/FakeApplication.h"
 #include "Tests/Support/TemporaryFolder.h"
 
 #include <cstdio>
@@ -36,6 +35,13 @@ void require(bool holds, const char* what) {
 /// A store of our own in a fresh folder.
 class Store {
 public:
+    Store() {
+        PlatformServices& services = application_.fakePlatform.services;
+        services.documentsDirectories = {folder_.path()};
+        services.defaultQueue = services.queuePool->makeConcurrentQueue("default");
+        controller_ = std::make_unique<DataController>(application_);
+    }
+
     void merge(std::string_view reply) {
         const Result<boost::json::value> parsed = parseJson(reply);
         repository().insertNotebookEntries(parsed.value().get_array());
@@ -50,12 +56,12 @@ public:
             repository().updateProblemWithSteps(problemOf(note), steps);
         }
     }
-    void forgetLines() { application_.printer->takeLines(); }
+    void forgetLines() { application_.fakePlatform.printer->takeLines(); }
 
 private:
     TemporaryFolder folder_;
-    StoreApplication application_{folder_.path(), TERALUNE_BENCHMARK_RESOURCES};
-    std::unique_ptr<DataController> controller_ = std::make_unique<DataController>(application_);
+    FakeApplication application_;
+    std::unique_ptr<DataController> controller_;
 };
 
 bool compareMerges() {

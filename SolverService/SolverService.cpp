@@ -18,14 +18,14 @@ namespace teralune {
 
 namespace {
 
-constexpr std::size_t playSessionBytes = 16;
+constexpr int playSessionBytes = 16;
 
 /// The session cookie of a reply: the client's own when it has one of ours, otherwise a new one.
 std::string playSession(const service::ReceivedRequest& request) {
     const std::string known = request.cookie("PLAY_SESSION").value_or(std::string());
     const bool ours = known.size() == 2 * playSessionBytes &&
                       known.find_first_not_of("0123456789abcdef") == std::string::npos;
-    return ours ? known : service::randomText(static_cast<int>(playSessionBytes));
+    return ours ? known : service::randomText(playSessionBytes);
 }
 
 } // namespace
@@ -102,7 +102,7 @@ SolverService::~SolverService() {
     stop();
 }
 
-Result<std::unique_ptr<SolverService>> SolverService::start(const Options& options) {
+Result<std::unique_ptr<SolverService>> SolverService::start(Options options) {
     auto model = service::ServerModel::open(options.dataFile, options.now);
     if (!model) {
         return model.error();

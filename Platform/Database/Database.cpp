@@ -82,7 +82,12 @@ Result<Database> Database::open(const Options& options) {
         return read.error();
     }
     if (writes) {
-        if (Result<void> settings = database.execute(writerSettings); !settings) {
+        Result<void> settings = database.execute(writerSettings);
+        if (settings && !database.state_->hasWriteAheadLog) {
+            // Without the log NORMAL could leave a broken file behind.
+            settings = database.execute("PRAGMA synchronous=FULL");
+        }
+        if (!settings) {
             return settings.error();
         }
     }

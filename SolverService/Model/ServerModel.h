@@ -8,7 +8,7 @@
 #include <mutex>
 #include <string>
 
-namespace SQLite { // NOLINT(readability-identifier-naming): the name is the library's
+namespace SQLite {
 class Database;
 }
 

@@ -105,26 +105,28 @@ void NotebookEntry::setTags(const std::optional<std::vector<std::string>>& tags,
         return;
     }
     std::vector<std::string> changed = tagStrings();
-    const auto addToValue = [&changed](const std::string& tag) {
-        if (std::find(changed.begin(), changed.end(), tag) == changed.end()) {
-            changed.push_back(tag);
-        }
-    };
+    NotebookTagLinks::Outcome outcome;
     Result<void> saved;
     if (const std::optional<std::int64_t> row = rowID()) {
-        saved = context.performAndWait([&](Database& database) {
-            return NotebookTagLinks(database, context, crashReporter).add(*row, *tags, addToValue);
-        });
+        saved = context.performAndWait(
+            [&](Database& database) { return NotebookTagLinks(database).add(*row, *tags, outcome); });
     } else {
-        for (const std::string& tag : *tags) {
-            if (!tag.empty()) {
-                addToValue(tag);
-            }
-        }
+        outcome.borne = *tags;
+        std::erase(outcome.borne, std::string());
+    }
+    for (const NotebookTagLinks::Outcome::Failure& failure : outcome.failures) {
+        crashReporter.recordError(failure.error);
+        context.printer().print("Could not fetch existing notebook entry tags for '" + failure.tag +
+                                "': " + failure.error.localizedDescription);
     }
     if (!saved) {
         recordAndPrint(saved.error(), context, crashReporter);
         return;
+    }
+    for (std::string& tag : outcome.borne) {
+        if (std::find(changed.begin(), changed.end(), tag) == changed.end()) {
+            changed.push_back(std::move(tag));
+        }
     }
     changedTags_ = std::make_shared<const std::vector<std::string>>(std::move(changed));
 }
@@ -136,9 +138,8 @@ void NotebookEntry::removeTags(const std::vector<std::string>& tags, ObjectConte
         std::erase(changed, tag);
     }
     if (const std::optional<std::int64_t> row = rowID()) {
-        const Result<void> saved = context.performAndWait([&](Database& database) {
-            return NotebookTagLinks(database, context, crashReporter).remove(*row, tags);
-        });
+        const Result<void> saved = context.performAndWait(
+            [&](Database& database) { return NotebookTagLinks(database).remove(*row, tags); });
         if (!saved) {
             recordAndPrint(saved.error(), context, crashReporter);
             return;

@@ -40,7 +40,11 @@ NotebookEntryBatch::NotebookEntryBatch(std::weak_ptr<ObjectContext> context, Fai
 
 const NotebookEntryBatch::Details& NotebookEntryBatch::details(std::size_t place) const {
     static const Details none;
-    std::call_once(loaded_, [this] { load(); });
+    std::optional<Error> failure;
+    std::call_once(loaded_, [&] { failure = load(); });
+    if (failure) {
+        reportFailure(*failure);
+    }
     return place < details_.size() ? details_[place] : none;
 }
 
@@ -57,10 +61,10 @@ void NotebookEntryBatch::reportFailure(const Error& error) const {
     }
 }
 
-void NotebookEntryBatch::load() const {
+std::optional<Error> NotebookEntryBatch::load() const {
     const std::shared_ptr<ObjectContext> context = context_.lock();
     if (context == nullptr) {
-        return;
+        return std::nullopt;
     }
     const Result<void> read = context->fetchAndWait([this](Database& database) -> Result<void> {
         details_.resize(rowIDs_.size());
@@ -87,9 +91,7 @@ void NotebookEntryBatch::load() const {
         }
         return tags.result();
     });
-    if (!read) {
-        reportFailure(read.error());
-    }
+    return read ? std::nullopt : std::optional(read.error());
 }
 
 } // namespace teralune

@@ -47,7 +47,7 @@ public:
     void reportFailure(const Error& error) const;
 
 private:
-    void load() const;
+    std::optional<Error> load() const;
 
     std::weak_ptr<ObjectContext> context_;
     FailureReporter onFailure_;

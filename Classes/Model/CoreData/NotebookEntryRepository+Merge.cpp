@@ -218,14 +218,13 @@ bool NotebookEntryRepository::addAndUpdate(MergePlan& plan) {
 }
 
 void NotebookEntryRepository::removeDeleted(const MergePlan& plan) {
-    std::string_view message;
+    std::optional<std::size_t> found;
     const Result<void> saved = managedObjectContext_->performAndWait([&](Database& database) -> Result<void> {
         const Result<std::vector<std::int64_t>> unlisted = unlistedEntries(database, plan);
         if (!unlisted) {
-            message = "Could not fetch notebook entries for deletion: ";
             return unlisted.error();
         }
-        print("Found " + std::to_string(unlisted.value().size()) + " entries to delete.");
+        found = unlisted.value().size();
         Statement remove = database.statement("DELETE FROM entries WHERE id = ?");
         for (const std::int64_t entryID : unlisted.value()) {
             if (Result<void> removed = remove.bindAll(entryID).run(); !removed) {
@@ -234,8 +233,11 @@ void NotebookEntryRepository::removeDeleted(const MergePlan& plan) {
         }
         return {};
     });
+    if (found) {
+        print("Found " + std::to_string(*found) + " entries to delete.");
+    }
     if (!saved) {
-        recordAndPrint(message, saved.error());
+        recordAndPrint(found ? "" : "Could not fetch notebook entries for deletion: ", saved.error());
     }
 }
 

@@ -1,16 +1,13 @@
 #include "Classes/Model/CoreData/NotebookTagLinks.h"
 
-#include "Classes/Interfaces/CrashReporterType.h"
-#include "Classes/Model/CoreData/ObjectContext.h"
 #include "Platform/Database/Database.h"
-#include "Platform/Foundation/Printer.h"
 
 #include <optional>
 
 namespace teralune {
 
 Result<void> NotebookTagLinks::add(std::int64_t entryID, const std::vector<std::string>& tags,
-                                   const std::function<void(const std::string&)>& onAdded) {
+                                   Outcome& outcome) {
     {
         Statement entry = database_.statement("SELECT 1 FROM entries WHERE id = ?");
         entry.bindAll(entryID);
@@ -31,9 +28,7 @@ Result<void> NotebookTagLinks::add(std::int64_t entryID, const std::vector<std::
             tagID = find.integer(0);
         }
         if (Result<void> found = find.result(); !found) {
-            crashReporter_.recordError(found.error());
-            context_.printer().print("Could not fetch existing notebook entry tags for '" + tag +
-                                     "': " + found.error().localizedDescription);
+            outcome.failures.push_back({tag, found.error()});
             if (!database_.isInTransaction()) {
                 return found;
             }
@@ -48,7 +43,7 @@ Result<void> NotebookTagLinks::add(std::int64_t entryID, const std::vector<std::
         if (Result<void> linked = link.bindAll(entryID, *tagID).run(); !linked) {
             return linked;
         }
-        onAdded(tag);
+        outcome.borne.push_back(tag);
     }
     return {};
 }

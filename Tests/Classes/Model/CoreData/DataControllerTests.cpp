@@ -2,6 +2,7 @@
 
 #include "Classes/Model/CoreData/ObjectModel.h"
 #include "Classes/Model/CoreData/PersistentStoreCoordinator.h"
+#include "Platform/Foundation/Bundle.h"
 
 namespace teralune {
 namespace {
@@ -35,7 +36,6 @@ TEST_F(DataControllerTests, notes_survive_the_process_and_a_sign_out_leaves_none
 TEST_F(DataControllerTests, storage_is_the_size_of_the_store_file) {
     reopen();
     EXPECT_EQ(controller->getStorageBytes(), std::filesystem::file_size(file));
-    controller->persistentStoreCoordinator();
     std::filesystem::rename(file, folder.path() / "elsewhere");
     EXPECT_DEATH(static_cast<void>(controller->getStorageBytes()), "DataModel2.sqlite");
     EXPECT_TRUE(
@@ -83,13 +83,16 @@ TEST_F(DataControllerTests, a_store_of_the_first_version_keeps_its_rows) {
 TEST_F(DataControllerTests, the_library_does_not_run_without_its_store) {
     controller.reset();
     const TemporaryFolder resources;
-    StoreApplication without(folder.path(), resources.path());
+    FakeApplication without;
+    giveStore(without);
+    PlatformServices& services = without.fakePlatform.services;
+    services.libraryBundle = std::make_shared<Bundle>(resources.path(), services.userDefaults);
     EXPECT_DEATH(DataController{without}, "Error loading model from bundle");
     resources.write("DataModel.momd/Version1.sql", "CREATE TABLE NotebookEntry(id)");
     EXPECT_DEATH(DataController{without}, "Error initializing mom from: .*DataModel.momd");
     resources.write("DataModel.momd/Version2.sql", "CREATE TABLE NotebookEntry(id)");
-    StoreApplication brokenLadder(folder.path() / "fresh", resources.path());
-    EXPECT_DEATH(DataController{brokenLadder}, "Error migrating store: .*NotebookEntry");
+    services.documentsDirectories = {folder.path() / "fresh"};
+    EXPECT_DEATH(DataController{without}, "Error migrating store: .*NotebookEntry");
 
     const char* const scripts[] = {"PRAGMA user_version = 3", "PRAGMA user_version = 0"};
     for (const char* script : scripts) {

@@ -34,7 +34,7 @@ protected:
 
 TEST_F(NotebookEntryRepositoryTests, a_refresh_stores_every_attribute_and_says_what_it_did) {
     merge(threeNotes);
-    EXPECT_EQ(application.printer->takeLines(),
+    EXPECT_EQ(application.fakePlatform.printer->takeLines(),
               (std::vector<std::string>{"Got 3 notebook entries from server.",
                                         "Date was in wrong format: 2019-01-05", "Found 0 entries to delete.",
                                         "Completed refreshing entries in database."}));
@@ -59,11 +59,11 @@ TEST_F(NotebookEntryRepositoryTests, a_refresh_stores_every_attribute_and_says_w
 TEST_F(NotebookEntryRepositoryTests, the_store_follows_the_server_and_keeps_cached_steps) {
     merge(threeNotes);
     repository().updateProblemWithSteps("y=2", "{steps}");
-    application.printer->takeLines();
+    application.fakePlatform.printer->takeLines();
     merge(
         R"([{"_id":"2","problem":"another","savedFrom":"Solutions","lastChange":"","date":"","tags":["c"]},)"
         R"({"_id":"4","savedFrom":"Solutions","date":"d","lastChange":5},{"_id":"1","problem":"x=1"}, 7])");
-    EXPECT_EQ(application.printer->takeLines(),
+    EXPECT_EQ(application.fakePlatform.printer->takeLines(),
               (std::vector<std::string>{
                   "Got 4 notebook entries from server.", "Date was in wrong format: ",
                   "Item could not be processed!! ID: 4 Problem:  lastChange:  Date: d",
@@ -107,7 +107,7 @@ TEST_F(NotebookEntryRepositoryTests, the_next_entry_to_cache_is_the_newest_that_
     execute("INSERT INTO entries(problem, lastChange, savedFrom) VALUES ('no source', 5, NULL), "
             "('x=1', 4, 'Practice'), ('newest graph', 9e15, 'Graphing Calculator')");
     std::vector<std::string> order;
-    application.clock->set(moment(77));
+    application.fakePlatform.clock->set(moment(77));
     while (const std::optional<std::string> problem = repository().nextEntryToCache()) {
         order.push_back(*problem);
         repository().updateProblemWithSteps(*problem, "steps of " + *problem);
@@ -124,9 +124,10 @@ TEST_F(NotebookEntryRepositoryTests, caching_stops_beyond_twenty_thousand_entrie
     execute("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 20002) "
             "INSERT INTO entries(problem, isCached) SELECT 'p' || i, i <= 20000 FROM n;"
             "INSERT INTO steps SELECT id, 0, 's' FROM entries WHERE isCached");
-    application.printer->takeLines();
+    application.fakePlatform.printer->takeLines();
     EXPECT_FALSE(repository().exceededMaximumCachedEntries());
-    EXPECT_EQ(application.printer->takeLines(), std::vector<std::string>{"Count found 20000 notes."});
+    EXPECT_EQ(application.fakePlatform.printer->takeLines(),
+              std::vector<std::string>{"Count found 20000 notes."});
     EXPECT_EQ(repository().nextEntryToCache(), "p20002");
     repository().updateProblemWithSteps("p20002", "s");
     EXPECT_TRUE(repository().exceededMaximumCachedEntries());
@@ -138,7 +139,7 @@ TEST_F(NotebookEntryRepositoryTests, a_note_is_looked_up_with_the_attributes_it_
     repository().updateProblemWithSteps("x=1", std::string("st\0eps", 6));
     EXPECT_EQ(repository().getNotebookEntry("x=1"),
               (AttributeDictionary{{"isFavorite", true},
-                                   {"lastCached", application.clock->now()},
+                                   {"lastCached", application.fakePlatform.clock->now()},
                                    {"lastChange", moment(1546700645)},
                                    {"notes", "n"},
                                    {"problem", "x=1"},
@@ -164,7 +165,8 @@ TEST_F(NotebookEntryRepositoryTests, a_star_goes_to_the_first_note_of_a_problem)
 TEST_F(NotebookEntryRepositoryTests, a_filter_narrows_the_list_by_any_option_of_each_section) {
     merge(threeNotes);
     const std::string strange("it's \"\0\xF0\x9F\x90\xA2", 11);
-    note("graph").setTags(std::vector{strange}, controller->managedObjectContext(), application.reporter);
+    note("graph").setTags(std::vector{strange}, controller->managedObjectContext(),
+                          application.recordingCrashReporter);
     using Problems = std::vector<std::string>;
     EXPECT_EQ(problems([](Filter&) {}), (Problems{"y=2", "x=1", "graph"}));
     EXPECT_EQ(problems([](Filter& filter) { filter.filterFavorites = true; }), Problems{"x=1"});
@@ -213,10 +215,11 @@ TEST_F(NotebookEntryRepositoryTests, tags_and_remarks_of_a_note_are_changed_in_t
     merge(threeNotes);
     ObjectContext& context = controller->managedObjectContext();
     NotebookEntry changed = note("y=2");
-    changed.setTags(std::nullopt, context, application.reporter);
-    changed.setTags(std::vector<std::string>{"new", "", "new", "a"}, context, application.reporter);
-    changed.removeTags({"b", "no such tag"}, context, application.reporter);
-    changed.setNotes("typed", context, application.reporter);
+    changed.setTags(std::nullopt, context, application.recordingCrashReporter);
+    changed.setTags(std::vector<std::string>{"new", "", "new", "a"}, context,
+                    application.recordingCrashReporter);
+    changed.removeTags({"b", "no such tag"}, context, application.recordingCrashReporter);
+    changed.setNotes("typed", context, application.recordingCrashReporter);
     EXPECT_EQ(changed.tagStrings(), (std::vector<std::string>{"new", "a"}));
     EXPECT_EQ(changed.notes(), "typed");
     EXPECT_EQ(tagsByProblem().at("y=2"), (std::set<std::string>{"a", "new"}));
@@ -224,10 +227,10 @@ TEST_F(NotebookEntryRepositoryTests, tags_and_remarks_of_a_note_are_changed_in_t
     EXPECT_EQ(repository().allTagStrings(), (std::vector<std::string>{"a", "b", "new"}));
     NotebookEntry gone = note("x=1");
     repository().removeNotes({gone});
-    gone.setTags(std::vector<std::string>{"late"}, context, application.reporter);
+    gone.setTags(std::vector<std::string>{"late"}, context, application.recordingCrashReporter);
     EXPECT_EQ(number("SELECT count(*) FROM tags WHERE tagText = 'late'"), 0);
     NotebookEntry preview({.tagStrings = {"a"}});
-    preview.setTags(std::vector<std::string>{"a", "b", ""}, context, application.reporter);
+    preview.setTags(std::vector<std::string>{"a", "b", ""}, context, application.recordingCrashReporter);
     EXPECT_EQ(preview.tagStrings(), (std::vector<std::string>{"a", "b"}));
 }
 

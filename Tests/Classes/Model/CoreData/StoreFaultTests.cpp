@@ -38,7 +38,7 @@ TEST_F(StoreFaultTests, a_disk_that_fills_up_leaves_the_old_list_or_the_new) {
         ASSERT_LT(room, 1000);
         execute("PRAGMA max_page_count = " + std::to_string(pages + room));
         merge(listOf(100, 300, std::string(300, 'n')));
-        const std::vector<Error> errors = application.reporter.takeErrors();
+        const auto errors = application.recordingCrashReporter.takeErrors();
         hasSucceeded = errors.empty();
         hasFailed |= !hasSucceeded;
         EXPECT_EQ(number("SELECT count(*) FROM entries WHERE notes = 'old'"), hasSucceeded ? 0 : 200);
@@ -53,7 +53,7 @@ TEST_F(StoreFaultTests, every_operation_on_a_broken_store_gives_its_empty_result
     merge(listOf(0, 1, ""));
     NotebookEntry listed = notes().at(0);
     execute("ALTER TABLE entries RENAME TO elsewhere");
-    application.printer->takeLines();
+    application.fakePlatform.printer->takeLines();
     ObjectContext& context = controller->managedObjectContext();
     const struct {
         const char* prefix;
@@ -73,25 +73,27 @@ TEST_F(StoreFaultTests, every_operation_on_a_broken_store_gives_its_empty_result
         {"Could not fetch notebook entry to update favorite for p0: ",
          [&] { return repository().updateProblem("p0", Favorite{true}), true; }},
         {"Could not update notebook entry: ",
-         [&] { return listed.setNotes("n", context, application.reporter), listed.notes() == ""; }},
+         [&] {
+             return listed.setNotes("n", context, application.recordingCrashReporter), listed.notes() == "";
+         }},
     };
     for (const auto& operation : operations) {
         EXPECT_TRUE(operation.hasEmptyResult()) << operation.prefix;
-        const std::vector<Error> errors = application.reporter.takeErrors();
+        const auto errors = application.recordingCrashReporter.takeErrors();
         ASSERT_EQ(errors.size(), 1U) << operation.prefix;
-        EXPECT_TRUE(printed(operation.prefix + errors[0].localizedDescription)) << operation.prefix;
+        EXPECT_TRUE(printed(operation.prefix + errors[0].error.localizedDescription)) << operation.prefix;
     }
     repository().clear();
     EXPECT_TRUE(printed("Could not delete all NotebookEntry: " +
-                        application.reporter.takeErrors().at(0).localizedDescription));
+                        application.recordingCrashReporter.takeErrors().at(0).error.localizedDescription));
     execute("ALTER TABLE tags RENAME TO nowhere");
     EXPECT_EQ(repository().allTagStrings(), std::vector<std::string>());
     EXPECT_TRUE(printed("Could not fetch entry tags: " +
-                        application.reporter.takeErrors().at(0).localizedDescription));
+                        application.recordingCrashReporter.takeErrors().at(0).error.localizedDescription));
     execute("ALTER TABLE elsewhere RENAME TO entries");
-    listed.setTags(std::vector<std::string>{"new"}, context, application.reporter);
+    listed.setTags(std::vector<std::string>{"new"}, context, application.recordingCrashReporter);
     EXPECT_TRUE(printed("Could not fetch existing notebook entry tags for 'new': " +
-                        application.reporter.takeErrors().at(0).localizedDescription));
+                        application.recordingCrashReporter.takeErrors().at(0).error.localizedDescription));
 }
 
 TEST_F(StoreFaultTests, another_process_that_holds_the_lock_does_not_stop_readers) {
@@ -102,7 +104,7 @@ TEST_F(StoreFaultTests, another_process_that_holds_the_lock_does_not_stop_reader
         const Result<Transaction> lock = Transaction::begin(other, Transaction::Kind::writing);
         ASSERT_TRUE(lock);
         merge(listOf(0, 9, ""));
-        EXPECT_EQ(application.reporter.takeErrors().size(), 1U);
+        EXPECT_EQ(application.recordingCrashReporter.takeErrors().size(), 1U);
         EXPECT_EQ(notes().size(), 5U);
     }
     merge(listOf(0, 9, ""));

@@ -4,8 +4,9 @@
 #include "Classes/Model/CoreData/NotebookEntryRepository.h"
 #include "Classes/Model/CoreData/ObjectContext.h"
 #include "Platform/Database/Database.h"
+#include "Platform/Dispatch/QueuePool.h"
 #include "Platform/Foundation/JsonMapping.h"
-#include "Tests/Classes/Model/CoreData/StoreApplication.h"
+#include "Tests/Support/FakeApplication.h"
 #include "Tests/Support/TemporaryFolder.h"
 
 #include <algorithm>
@@ -24,11 +25,21 @@ protected:
     StoreFixture() {
         // A controller needs its queue's thread, which a forked child would not have.
         GTEST_FLAG_SET(death_test_style, "threadsafe");
+        giveStore(application);
+        controller = std::make_unique<DataController>(application);
     }
     ~StoreFixture() override {
-        for (const Error& error : application.reporter.takeErrors()) {
-            ADD_FAILURE() << "an error was recorded: " << error.localizedDescription;
+        for (const auto& recorded : application.recordingCrashReporter.takeErrors()) {
+            ADD_FAILURE() << "an error was recorded: " << recorded.error.localizedDescription;
         }
+    }
+
+    /// Lets the host keep its store in this test's folder.
+    void giveStore(FakeApplication& host) const {
+        PlatformServices& services = host.fakePlatform.services;
+        services.documentsDirectories = {"/nonexistent", folder.path()};
+        // The controller waits for this queue, so it needs a thread.
+        services.defaultQueue = services.queuePool->makeConcurrentQueue("default");
     }
 
     NotebookEntryRepository& repository() {
@@ -68,14 +79,14 @@ protected:
         return tags;
     }
     bool printed(const std::string& line) {
-        const std::vector<std::string> lines = application.printer->takeLines();
+        const std::vector<std::string> lines = application.fakePlatform.printer->takeLines();
         return std::find(lines.begin(), lines.end(), line) != lines.end();
     }
 
     const TemporaryFolder folder;
     const std::filesystem::path file = folder.path() / "DataModel2.sqlite";
-    StoreApplication application{folder.path(), TERALUNE_TEST_RESOURCES};
-    std::unique_ptr<DataController> controller = std::make_unique<DataController>(application);
+    FakeApplication application;
+    std::unique_ptr<DataController> controller;
 };
 
 } // namespace teralune
