@@ -10,7 +10,9 @@
 #include "Platform/Foundation/NotificationCenter.h"
 
 #include <algorithm>
+#include <condition_variable>
 #include <mutex>
+#include <optional>
 
 namespace teralune {
 
@@ -21,19 +23,23 @@ struct NotebookSynchronizationJob::State : std::enable_shared_from_this<State> {
     void run();
     void handleList(NotebookEntriesReply reply);
     /// One step. stored is the problem whose steps were stored just before.
-    void collectStepData(const std::string& stored = {});
+    void collectStepData(const std::optional<std::string>& stored = {});
     void handleSteps(const std::string& problem, const SolutionStepsReply& reply);
     void endStepPhase();
     NotebookEntryRepositoryType& repository() const {
         return application.dataController().notebookEntryRepository();
     }
-    void onBackgroundQueue(DispatchQueue::Work work) const {
-        application.platform().backgroundQueue->async(std::move(work));
-    }
+    /// Runs the work on the background queue, unless the job has ended by then.
+    void onBackgroundQueue(DispatchQueue::Work work);
+    /// Waits for the work that is running; none begins any more.
+    void end();
 
     IApplication& application;
 
     mutable std::mutex mutex;
+    std::condition_variable pieceEnded;
+    int runningPieces = 0;
+    bool hasEnded = false;
     bool stepJobRunning = false;
     bool listJobRunning = false;
     bool parked = false;
@@ -42,10 +48,17 @@ struct NotebookSynchronizationJob::State : std::enable_shared_from_this<State> {
 };
 
 NotebookSynchronizationJob::NotebookSynchronizationJob(IApplication& application)
-    : state_(std::make_shared<State>(application)) {}
+    : state_(std::make_shared<State>(application)) {
+    askedToRun_ = application.platform().notificationCenter->observe(
+        std::string(RunSynchronizationJobNotification), [weak = std::weak_ptr(state_)](const Notification&) {
+            if (const auto state = weak.lock())
+                state->run();
+        });
+}
 
 NotebookSynchronizationJob::~NotebookSynchronizationJob() {
-    stopJob();
+    askedToRun_ = {};
+    state_->end();
 }
 
 void NotebookSynchronizationJob::runSynchronizationJob() {
@@ -82,7 +95,7 @@ void NotebookSynchronizationJob::State::run() {
     const bool isLoggedIn = application.userAccountModel().isLoggedIn();
     {
         const std::lock_guard lock(mutex);
-        if (listJobRunning)
+        if (listJobRunning || hasEnded)
             return;
         stopRequested = false;
         if (isLoggedIn)
@@ -94,6 +107,29 @@ void NotebookSynchronizationJob::State::run() {
     }
     application.networking().getNotebookEntries(
         [self = shared_from_this()](NotebookEntriesReply reply) { self->handleList(std::move(reply)); });
+}
+
+void NotebookSynchronizationJob::State::onBackgroundQueue(DispatchQueue::Work work) {
+    application.platform().backgroundQueue->async(
+        [self = shared_from_this(), work = std::move(work)]() mutable {
+            {
+                const std::lock_guard lock(self->mutex);
+                if (self->hasEnded)
+                    return;
+                ++self->runningPieces;
+            }
+            work();
+            const std::lock_guard lock(self->mutex);
+            --self->runningPieces;
+            self->pieceEnded.notify_all();
+        });
+}
+
+void NotebookSynchronizationJob::State::end() {
+    std::unique_lock lock(mutex);
+    hasEnded = true;
+    stopRequested = true;
+    pieceEnded.wait(lock, [this] { return runningPieces == 0; });
 }
 
 void NotebookSynchronizationJob::State::handleList(NotebookEntriesReply reply) {
@@ -121,7 +157,7 @@ void NotebookSynchronizationJob::State::handleList(NotebookEntriesReply reply) {
     });
 }
 
-void NotebookSynchronizationJob::State::collectStepData(const std::string& stored) {
+void NotebookSynchronizationJob::State::collectStepData(const std::optional<std::string>& stored) {
     {
         const std::lock_guard lock(mutex);
         stepJobRunning = true;
@@ -131,8 +167,8 @@ void NotebookSynchronizationJob::State::collectStepData(const std::string& store
         return !stopRequested;
     }();
     const std::optional<std::string> problem = mayGoOn ? repository().nextEntryToCache() : std::nullopt;
-    // The store offers a problem again only when it could not keep its steps; asking the server for them over and over
-    // would not help.
+    // The store offers a problem again only when it could not keep its steps; asking the server for them over
+    // and over would not help.
     if (!problem || *problem == stored) {
         endStepPhase();
         return;
@@ -147,7 +183,7 @@ void NotebookSynchronizationJob::State::collectStepData(const std::string& store
 
 void NotebookSynchronizationJob::State::handleSteps(const std::string& problem,
                                                     const SolutionStepsReply& reply) {
-    if (!reply.success || !reply.body) {
+    if (!reply.success || !reply.body || reply.body->empty()) {
         endStepPhase();
         return;
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Classes/Interfaces/NotebookSynchronizationJobType.h"
+#include "Platform/Foundation/NotificationCenter.h"
 
 #include <memory>
 #include <string_view>
@@ -21,7 +22,7 @@ class IApplication;
 /// background queue; the replies arrive on the main queue, so waitForCompletion() must not be called there.
 class NotebookSynchronizationJob final : public NotebookSynchronizationJobType {
 public:
-    /// Posted by others who want a run.
+    /// Posted by others who want a run; the job answers it with runSynchronizationJob().
     static constexpr std::string_view RunSynchronizationJobNotification = "RunSynchronizationJobNotification";
     /// Posted on the background queue, without object, after each merge and before the step phase.
     static constexpr std::string_view NotebookSynchronizationComplete = "NotebookSynchronizationComplete";
@@ -46,6 +47,7 @@ public:
 private:
     struct State;
     std::shared_ptr<State> state_;
+    Observation askedToRun_;
 };
 
 } // namespace teralune

@@ -160,6 +160,15 @@ bool MainQueue::drain() {
     while (state_->runNext(*this, limit)) {
         ran = true;
     }
+    // What the work added found a queue that was not empty, and so woke nobody.
+    bool isLeft = false;
+    {
+        const std::lock_guard lock(state_->mutex);
+        isLeft = !state_->ready.empty();
+    }
+    if (isLeft) {
+        state_->wake();
+    }
     return ran;
 }
 

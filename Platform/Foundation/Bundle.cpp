@@ -97,10 +97,14 @@ private:
         chosenTables_.clear();
         const std::vector<std::string> asked =
             preferences ? textsOf(*preferences) : std::vector<std::string>();
-        preferred_ = matchingLanguages(asked.empty() ? environment_ : asked, languages_);
-        if (preferred_.empty() && !languages_.empty()) {
-            preferred_.emplace_back(developmentLanguage);
+        std::vector<std::string> matching =
+            matchingLanguages(asked.empty() ? environment_ : asked, languages_);
+        if (matching.empty() && !languages_.empty()) {
+            // A switch to a language that the bundle lacks leaves the one that is in force.
+            matching = preferred_.empty() ? std::vector<std::string>{std::string(developmentLanguage)}
+                                          : std::move(preferred_);
         }
+        preferred_ = std::move(matching);
     }
 
     /// The table of the best language that has it, then the development language's, then the one that lies in

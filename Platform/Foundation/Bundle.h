@@ -33,8 +33,9 @@ public:
     virtual std::string localizedString(std::string_view key, std::string_view value = {},
                                         std::string_view table = {}) const;
 
-    /// The languages of this bundle in the order in which the user prefers them; the development language
-    /// ("en") when none is preferred. Read afresh on each call, so that a switch takes effect at once.
+    /// The languages of this bundle in the order in which the user prefers them. Read afresh on each call, so
+    /// that a switch takes effect at once. Where the bundle has none of those preferred, the languages stay
+    /// what they were; at first that is the development language ("en").
     std::vector<std::string> preferredLocalizations() const;
 
     /// Switches the interface language of the application: remembers the code under "AppleLanguages" and

@@ -35,6 +35,11 @@ void BundleExtension::attachLanguageBundle(std::shared_ptr<const Bundle> languag
 void Bundle::set(std::string_view languageCode, const PlatformServices& platform) {
     Printer& printer = *platform.printer;
     printer.print("LANG: Changing language to " + std::string(languageCode));
+    // Both have to know the language in force, to keep it where they lack the new one.
+    for (const Bundle* bundle :
+         {platform.libraryBundle.get(), static_cast<Bundle*>(platform.mainBundle.get())}) {
+        static_cast<void>(bundle->preferredLocalizations());
+    }
     platform.userDefaults->set("AppleLanguages", boost::json::array{boost::json::string(languageCode)});
     platform.userDefaults->synchronize();
 

@@ -141,7 +141,7 @@ TEST_F(SynchronizationJob, a_failed_list_download_parks_the_job) {
 
 TEST_F(SynchronizationJob,
        an_answer_without_steps_ends_the_phase_and_the_next_run_begins_with_the_same_problem) {
-    for (const auto& [status, body] : {std::pair(200, "null"), std::pair(500, "oops")}) {
+    for (const auto& [status, body] : {std::pair(200, "null"), std::pair(200, ""), std::pair(500, "oops")}) {
         start();
         answer(200, "[" + note(1) + "," + note(2) + "]");
         EXPECT_THAT(asked().back(), StartsWith("/pub_api/steps?query=x=2&"));
@@ -165,6 +165,33 @@ TEST_F(SynchronizationJob, a_stop_lets_the_step_in_flight_be_stored_and_ends_the
     start();
     answer(200, "[" + note(1) + "," + note(2) + "]");
     EXPECT_THAT(asked().back(), StartsWith("/pub_api/steps?query=x=1&")) << "a new run takes the stop back";
+}
+
+TEST_F(SynchronizationJob, a_note_without_a_text_is_asked_for_like_any_other) {
+    start();
+    answer(
+        200,
+        R"([{"_id":"1","problem":"","savedFrom":"Solutions","lastChange":"","date":"Jan 05, 2019 03:04:05 PM"}])");
+    EXPECT_THAT(asked().back(), StartsWith("/pub_api/steps?query=&"));
+}
+
+TEST_F(SynchronizationJob, others_ask_for_a_run_by_a_notification) {
+    application.fakePlatform.notificationCenter->post(
+        {std::string(NotebookSynchronizationJob::RunSynchronizationJobNotification), {}, {}});
+    application.run();
+    EXPECT_THAT(asked(), ElementsAre(listPath));
+}
+
+TEST_F(SynchronizationJob, its_end_leaves_no_work_behind) {
+    auto ending = std::make_unique<NotebookSynchronizationJob>(application);
+    ending->runSynchronizationJob();
+    application.fakePlatform.httpDelegateQueue->runAll();
+    application.fakePlatform.transport->answer(0, ScriptedTransport::reply(200, "[" + note(1) + "]"));
+    application.fakePlatform.httpDelegateQueue->runAll();
+    application.fakePlatform.mainQueue->runAll();
+    ending.reset();
+    application.run();
+    EXPECT_EQ(repository().noteCount(), 0) << "the merge had not begun";
 }
 
 TEST_F(SynchronizationJob, a_list_that_arrives_while_steps_are_fetched_is_merged_beside_them) {

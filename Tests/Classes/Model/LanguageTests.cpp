@@ -24,9 +24,9 @@ TEST(Language, the_offered_languages_come_in_the_order_of_their_names) {
 }
 
 TEST(Language, the_code_that_requests_carry_follows_the_preferences_at_once) {
-    FakePlatform platform;
     for (const auto& [preferred, code] : std::map<std::string, std::string>{
              {"en", "en"}, {"es-MX", "es"}, {"pt-BR", "pt"}, {"pt-PT", "pt"}, {"he", "he"}, {"ja", "en"}}) {
+        FakePlatform platform;
         platform.setLanguage(preferred);
         EXPECT_EQ(Language::currentLanguageIdentifier(platform.services), code) << preferred;
         EXPECT_EQ(Language::getCurrentLanguageIdentifier(platform.services), code) << preferred;
@@ -51,6 +51,8 @@ TEST(Language, a_switch_redirects_the_main_bundle_and_is_remembered) {
     EXPECT_THAT(platform.printer->takeLines(), ElementsAre("LANG: Changing language to xx",
                                                            "LANG: Could not find bundle path for xx.lproj"));
     EXPECT_EQ(bundle.localizedString("COMMON_YES"), "Sí") << "the language in force stays";
+    EXPECT_EQ(Localize(platform.services, "COMMON_YES"), "Sí");
+    EXPECT_EQ(Language::currentLanguageIdentifier(platform.services), "es");
 
     Bundle::set("en", platform.services);
     EXPECT_THAT(platform.printer->takeLines(),

@@ -38,9 +38,14 @@ TEST_F(BundleTest, the_preferred_language_answers_and_a_switch_takes_effect_at_o
         Languages localizations;
         std::string text;
     } cases[] = {
-        {{"es"}, {"es"}, "Vale"},          {{"pt-BR", "es-MX"}, {"pt-PT", "es"}, "Certo"},
-        {{"fr", "iw"}, {"he"}, "\u05D0"},  {{"fr"}, {"en"}, "Fine"},
-        {{"en-GB", "en"}, {"en"}, "Fine"}, {{7, nullptr, "ES"}, {"es"}, "Vale"},
+        {{"fr"}, {"en"}, "Fine"},
+        {{"es"}, {"es"}, "Vale"},
+        {{"pt-BR", "es-MX"}, {"pt-PT", "es"}, "Certo"},
+        {{"fr", "iw"}, {"he"}, "\u05D0"},
+        // No such folder: the language in force stays.
+        {{"fr"}, {"he"}, "\u05D0"},
+        {{"en-GB", "en"}, {"en"}, "Fine"},
+        {{7, nullptr, "ES"}, {"es"}, "Vale"},
     };
     for (const auto& [preferred, localizations, text] : cases) {
         prefer(preferred);

@@ -202,6 +202,22 @@ TEST(MainQueue, run_until_may_be_called_from_inside_a_piece_of_work) {
     EXPECT_EQ(order, (std::vector<int>{1, 2}));
 }
 
+TEST(MainQueue, one_drain_for_each_wake_runs_all_that_is_added) {
+    MainQueue queue;
+    int wakes = 0;
+    int ran = 0;
+    queue.setWakeHandler([&] { ++wakes; });
+    queue.async([&] { queue.async([&] { ++ran; }); });
+    queue.async([&] { ++ran; });
+    for (int drained = 0; drained < wakes; ++drained) {
+        queue.drain();
+    }
+    EXPECT_EQ(ran, 2);
+    const int before = wakes;
+    queue.async([&] { ++ran; });
+    EXPECT_EQ(wakes, before + 1);
+}
+
 TEST(MainQueue, its_wake_handler_hears_of_the_first_piece_and_of_an_earlier_delay) {
     MainQueue queue;
     int wakes = 0;
