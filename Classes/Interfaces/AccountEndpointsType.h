@@ -24,6 +24,7 @@ public:
     virtual ~AccountEndpointsType() = default;
 
     virtual void getUserData(UniqueFunction<void(std::optional<UserData>)> completion) = 0;
+    /// Succeeds with any reply, whatever its status; only a request without one fails.
     virtual Task<void> deleteAccount() = 0;
     /// password2 is sent only when present.
     virtual Task<void> updateEmail(const std::string& email, const std::string& password1,

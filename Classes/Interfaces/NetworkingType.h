@@ -4,8 +4,8 @@
 #include "Classes/Interfaces/NotebookEndpointsType.h"
 #include "Classes/Interfaces/SolverEndpointsType.h"
 #include "Classes/Interfaces/UsageLogEndpointsType.h"
+#include "Platform/Foundation/Lifetime.h"
 
-#include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -26,9 +26,12 @@ public:
     virtual std::optional<std::string> staticLocalURL(std::string_view page) const = 0;
 
     /// Percent-encodes a text for a query string that is built by hand: all that a URL fragment may not hold,
-    /// and
-    /// "+" and "&". Bytes that are not UTF-8 are sent as U+FFFD.
+    /// and "+" and "&". Bytes that are not UTF-8 are sent as U+FFFD.
     virtual std::string urlEncode(std::string_view text) const = 0;
+
+    /// For whoever wants to send again when an answer has come: tells, on the main queue, whether the client
+    /// is still there.
+    virtual Lifetime::Watch lifetime() const = 0;
 };
 
 } // namespace teralune

@@ -54,8 +54,7 @@ struct TagChange {
 /// The notebook on the server. Each operation may be called from any thread; completions run exactly once, on
 /// the main queue, with false on any failure. The local store is not touched here.
 ///
-/// A change that succeeds posts UserUpdatedNoteNotification before its completion runs. Remarks and tags are
-/// the exception: their editors change several notes in a row and post once, when the whole change is done.
+/// A change that succeeds posts UserUpdatedNoteNotification before its completion runs.
 class NotebookEndpointsType {
 public:
     virtual ~NotebookEndpointsType() = default;

@@ -32,6 +32,8 @@ struct SolutionStepsReply {
     bool success = false;
     bool isNull = false;
     std::optional<std::string> body; ///< the steps as JSON text; present exactly on success
+    /// What the body says of itself; absent also when it is no JSON object.
+    std::optional<StepsMetadataParse> metadata;
 };
 
 /// How a verification ended.
@@ -87,7 +89,8 @@ public:
     virtual void sendOCRRequest(OCRImage imageData, const std::string& cameraSessionID, int incrementalCount,
                                 UniqueFunction<void(OCRReply)> completion) = 0;
 
-    /// Suggestions for what has been typed so far; absent when the request failed or the reply was no list.
+    /// Suggestions for what has been typed so far; absent when the request failed or the reply was
+    /// anything but a list of objects.
     virtual void
     querySuggestions(const std::string& query,
                      UniqueFunction<void(std::optional<std::vector<Suggestion>>)> completion) = 0;

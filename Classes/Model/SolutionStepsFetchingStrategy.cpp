@@ -11,12 +11,10 @@ void SolutionStepsFetchingStrategy::fetchSingleNoteData(const std::string& query
                                                         SolutionOrigin origin, Completion completion) {
     application_.networking().getSolutionSteps(
         query, shouldLogRequest, origin, RequestOnlySolution{false},
-        [&application = application_, completion = std::move(completion)](SolutionStepsReply reply) mutable {
+        [completion = std::move(completion)](SolutionStepsReply reply) mutable {
             FetchedNoteData data{reply.success, reply.isNull, std::move(reply.body), std::nullopt};
-            if (data.steps) {
-                if (const auto metadata = application.networking().parseJsonSteps(*data.steps))
-                    data.topic = metadata->topic;
-            }
+            if (reply.metadata)
+                data.topic = std::move(reply.metadata->topic);
             completion(std::move(data));
         });
 }

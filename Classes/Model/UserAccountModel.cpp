@@ -5,7 +5,9 @@
 #include "Classes/Interfaces/NotebookSynchronizationJobType.h"
 #include "Classes/Interfaces/SettingsPersistenceType.h"
 #include "Classes/Model/CoreData/DataController.h"
+#include "Classes/Networking/CookieValue.h"
 #include "Platform/Foundation/NotificationCenter.h"
+#include "Platform/Http/HttpError.h"
 
 #include <algorithm>
 
@@ -28,7 +30,7 @@ void UserAccountModel::consume(const std::optional<boost::json::value>& loginOrS
         return;
     const boost::json::value* connectedID = reply.if_contains(CONNECTED_ID_RESPONSE_KEY);
     const boost::json::value* accessToken = reply.if_contains(ACCESS_TOKEN_RESPONSE_KEY);
-    if (!connectedID || !accessToken)
+    if (!connectedID || !accessToken || !canBeCookieValue(accessToken->get_string()))
         return;
 
     // The token first: who sees the id must find the token that goes with it.
@@ -52,11 +54,14 @@ Task<void> UserAccountModel::updateAccountInfo(const std::string& firstName, con
     const auto mainQueue = application_.platform().mainQueue;
     // The application outlives every request, so the chain may hold it.
     IApplication& application = application_;
-    return application.networking()
-        .updateUserField(UserField::firstName, firstName)
+    NetworkingType& networking = application.networking();
+    return networking.updateUserField(UserField::firstName, firstName)
         .onSuccess(mainQueue,
-                   [&application, firstName, lastName] {
+                   [&application, client = networking.lifetime(), firstName, lastName] {
                        application.persistence().setFirstName(firstName);
+                       // A host that ends may run the main queue once more when the client is gone.
+                       if (client.isOver())
+                           return Task<void>::forResult(httpTransportError(HttpTransportError::cancelled));
                        return application.networking().updateUserField(UserField::lastName, lastName);
                    })
         .onSuccess(mainQueue, [&application, lastName] { application.persistence().setLastName(lastName); });

@@ -3,6 +3,7 @@
 #include "Classes/Interfaces/CrashReporterType.h"
 #include "Classes/Interfaces/IApplication.h"
 #include "Classes/Interfaces/SettingsPersistenceType.h"
+#include "Classes/Networking/CookieValue.h"
 #include "Platform/Device/Device.h"
 #include "Platform/Foundation/FatalError.h"
 #include "Platform/Foundation/RegularExpression.h"
@@ -68,16 +69,20 @@ std::string Networking::getCookieString(IsLogout isLogout) const {
     const auto append = [&header](std::string_view name, std::string_view value) {
         header.append(header.empty() ? "" : ";").append(cookie(name, value));
     };
+    // One value that no header can hold would keep every request from being sent.
+    const auto appendWhereSound = [&append](std::string_view name, const std::optional<std::string>& value) {
+        if (value && canBeCookieValue(*value))
+            append(name, *value);
+    };
     for (const auto& [name, value] : standardCookieHeaders())
         append(name, value);
     {
         const std::lock_guard lock(playSessionMutex_);
-        if (playSession_)
-            append(PlaySessionKey, *playSession_);
+        appendWhereSound(PlaySessionKey, playSession_);
     }
     const SettingsPersistenceType& persistence = application_.persistence();
-    if (const auto token = isLogout.value ? persistence.logoutAccessToken() : persistence.accessToken())
-        append("tq.token", *token);
+    appendWhereSound("tq.token",
+                     isLogout.value ? persistence.logoutAccessToken() : persistence.accessToken());
     return header;
 }
 
@@ -95,7 +100,7 @@ void Networking::capturePlaySession(const HTTPURLResponse& response) {
     if (!header || header->find(PlaySessionKey) == std::string::npos)
         return;
     auto match = assignment.firstMatch(*header);
-    if (!match || match->size() < 2)
+    if (!match || match->size() < 2 || !canBeCookieValue((*match)[1]))
         return;
     const std::lock_guard lock(playSessionMutex_);
     playSession_ = std::move((*match)[1]);

@@ -14,7 +14,9 @@ void Networking::taskDidComplete(const SessionTask& task, const std::optional<Er
 }
 
 void Networking::report(const Error& error, const std::string& url, int responseCode) const {
-    if (error.code == static_cast<std::int64_t>(HttpTransportError::cancelled))
+    // The line speaks of both causes; this transport tells them apart by their codes.
+    if (error.code == static_cast<std::int64_t>(HttpTransportError::cancelled) ||
+        error.code == static_cast<std::int64_t>(HttpTransportError::serverCertificateUntrusted))
         log("Request failed with -999 CANCELED. May also indicate a server certificate validation failure.");
     application_.crashReporter().recordError(
         error, {{"url", url}, {"responseCode", static_cast<std::int64_t>(responseCode)}});

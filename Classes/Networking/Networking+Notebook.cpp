@@ -2,11 +2,10 @@
 
 #include "Classes/Interfaces/IApplication.h"
 #include "Classes/Networking/ReplyReading.h"
+#include "Platform/Foundation/AsciiText.h"
 #include "Platform/Foundation/JsonMapping.h"
 #include "Platform/Foundation/NotificationCenter.h"
 #include "Platform/Foundation/Printer.h"
-
-#include <algorithm>
 
 namespace teralune {
 namespace {
@@ -58,19 +57,13 @@ std::string joined(const Texts& texts, char separator) {
     return all;
 }
 
-bool readsTrue(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    return text == "true";
-}
-
 } // namespace
 
 void Networking::hasWebNotes(UniqueFunction<void(bool)> completion) {
     makeRequest(fullHostName() + "/api/hasWebNotes", HttpMethod::get, {}, *sessionManagerWithPrivateToken_)
         .responseString(
             [completion = std::move(completion)](const DataResponse<std::string>& response) mutable {
-                completion(response.result && readsTrue(response.result.value()));
+                completion(response.result && equalsIgnoringCase(response.result.value(), "true"));
             })
         .detach();
 }
@@ -155,31 +148,25 @@ void Networking::changeNotes(std::string_view path, const HttpParameters& parame
 
 void Networking::updateNote(const Notes& notes, const std::string& problem,
                             UniqueFunction<void(bool)> completion) {
-    post("/api/notebook/updateNoteNotes", {{"problem", problem}, {"isMobile", "1"}, {"val", notes.value}},
-         *sessionManagerWithPrivateToken_)
-        .response([completion = std::move(completion)](const DataResponse<void>& response) mutable {
-            completion(response.result.succeeded());
-        })
-        .detach();
+    changeNotes("/api/notebook/updateNoteNotes",
+                {{"problem", problem}, {"isMobile", "1"}, {"val", notes.value}}, std::move(completion));
 }
 
 Task<void> Networking::updateNote(const TagChange& change, const std::string& problem) {
-    const TaskCompletionSource<void> source;
-    post("/api/notebook/setNoteTags",
-         {{"problem", problem},
-          {"isMobile", "1"},
-          {"tags", joined(change.tags, ',')},
-          {"removed", joined(change.tagsRemoved, ',')},
-          {"added", joined(change.tagsAdded, ',')}},
-         *sessionManagerWithPrivateToken_)
-        .response([source](const DataResponse<void>& response) { source.complete(response.result); })
-        .detach();
-    return source.task();
+    return changeNotes("/api/notebook/setNoteTags", {{"problem", problem},
+                                                     {"isMobile", "1"},
+                                                     {"tags", joined(change.tags, ',')},
+                                                     {"removed", joined(change.tagsRemoved, ',')},
+                                                     {"added", joined(change.tagsAdded, ',')}});
 }
 
 Task<void> Networking::clearNotebook() {
+    return changeNotes("/api/notebook/clearNotes", {});
+}
+
+Task<void> Networking::changeNotes(std::string_view path, const HttpParameters& parameters) {
     const TaskCompletionSource<void> source;
-    post("/api/notebook/clearNotes", {}, *sessionManagerWithPrivateToken_)
+    post(path, parameters, *sessionManagerWithPrivateToken_)
         .response([&application = application_, source](const DataResponse<void>& response) {
             if (response.result)
                 postUserUpdatedNote(application);

@@ -3,6 +3,7 @@
 #include "Classes/Interfaces/IApplication.h"
 #include "Classes/Interfaces/SettingsPersistenceType.h"
 #include "Classes/Interfaces/UserAccountModelType.h"
+#include "Classes/Networking/CookieValue.h"
 #include "Classes/Networking/RefreshResponse.h"
 
 namespace teralune {
@@ -18,6 +19,9 @@ std::optional<RefreshResponse> mapRefreshResponse(const boost::json::object& jso
 
 void Networking::should(SessionManager& manager, const SessionTask& request, const Error& /*error*/,
                         RetryCompletion completion) {
+    // An attempt that is sent again never comes to taskDidComplete.
+    if (request.response)
+        capturePlaySession(*request.response);
     if (&manager == sessionManagerWithPrivateToken_.get() && !application_.userAccountModel().isLoggedIn()) {
         log("Skipping endless loop: don't retry token request, user is not logged in.");
         completion(RetryDecision::doNotRetry, {});
@@ -40,20 +44,28 @@ void Networking::should(SessionManager& manager, const SessionTask& request, con
     }
     // The flag alone keeps a second refresh away, so the refresh begins without the lock: it asks the host
     // for the sign-in state and for its log.
-    refreshToken(
-        [this, lifetime = lifetime_.watch(), completion = std::move(completion)](bool isRefreshed) mutable {
-            if (!lifetime.isOver())
-                releaseHeldRequests(isRefreshed, std::move(completion));
+    try {
+        refreshToken([this, lifetime = lifetime_.watch(),
+                      completion = std::move(completion)](bool isRefreshed) mutable {
+            if (lifetime.isOver())
+                return;
+            log("Refresh was successful: %@", {isRefreshed ? "true" : "false"});
+            releaseHeldRequests(isRefreshed ? RetryDecision::retry : RetryDecision::doNotRetry,
+                                std::move(completion));
         });
+    } catch (...) {
+        // A host may throw from what it is asked for. This request's completion went down with the refresh,
+        // which is an answer; those that came meanwhile must not wait for ever, nor the next refresh.
+        releaseHeldRequests(RetryDecision::doNotRetry, nullptr);
+    }
 }
 
-void Networking::releaseHeldRequests(bool isRefreshed, RetryCompletion first) {
-    log("Refresh was successful: %@", {isRefreshed ? "true" : "false"});
-    const RetryDecision decision = isRefreshed ? RetryDecision::retry : RetryDecision::doNotRetry;
+void Networking::releaseHeldRequests(RetryDecision decision, RetryCompletion first) {
     // Under the lock, so that a request which fails meanwhile waits either for this refresh or for the next,
     // and is never left behind between the two. A retry completion only posts.
     const std::lock_guard lock(lock_);
-    first(decision, {});
+    if (first)
+        first(decision, {});
     for (RetryCompletion& completion : requestsToRetry_)
         completion(decision, {});
     requestsToRetry_.clear();
@@ -94,7 +106,7 @@ bool Networking::consumeRefresh(const DataResponse<RefreshResponse>& response) {
         log("Alert from refresh: %@", {*answer.alert});
         return false;
     }
-    if (!answer.jwt)
+    if (!answer.jwt || !canBeCookieValue(*answer.jwt))
         return false;
     log("Successfully received new access token: %@", {*answer.jwt});
     application_.persistence().setAccessToken(answer.jwt);

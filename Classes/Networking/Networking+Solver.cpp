@@ -6,9 +6,10 @@
 #include "Classes/Networking/ReplyReading.h"
 #include "Classes/Support/Localization.h"
 #include "Platform/Foundation/Base64.h"
-#include "Platform/Foundation/JsonMapping.h"
 #include "Platform/Foundation/Printer.h"
 #include "Platform/Http/MultipartFormData.h"
+
+#include <algorithm>
 
 namespace teralune {
 namespace {
@@ -31,12 +32,24 @@ OCRReply reply(OCRResponse response) {
     return reply;
 }
 
-std::vector<Suggestion> suggestions(const boost::json::array& json) {
+/// What a steps text tells. On the delegate queue, since the text may be long.
+SolutionStepsReply stepsReply(std::string body) {
+    if (body == "null")
+        return {.success = false, .isNull = true, .body = {}, .metadata = {}};
+    auto metadata = StepsMetadataParse::parse(body);
+    return {.success = true, .isNull = false, .body = std::move(body), .metadata = std::move(metadata)};
+}
+
+/// No value for anything but an array of objects.
+std::optional<std::vector<Suggestion>> suggestions(const boost::json::value& json) {
+    const boost::json::array* array = json.if_array();
+    if (!array || !std::all_of(array->begin(), array->end(),
+                               [](const boost::json::value& element) { return element.is_object(); }))
+        return std::nullopt;
     std::vector<Suggestion> list;
-    for (const boost::json::value& element : json)
-        if (const boost::json::object* object = element.if_object())
-            if (auto suggestion = Suggestion::map(*object))
-                list.push_back(*std::move(suggestion));
+    for (const boost::json::value& element : *array)
+        if (auto suggestion = Suggestion::map(element.get_object()))
+            list.push_back(*std::move(suggestion));
     return list;
 }
 
@@ -52,28 +65,22 @@ void Networking::getSolutionSteps(const std::string& query, ShouldLog shouldLog,
         url += "&solutionRequest=SolutionOnly";
     const Date startTime = application_.platform().clock->now();
     makeRequest(url, HttpMethod::get, {}, *sessionManagerWithAnyToken_)
-        .responseString([this, lifetime = lifetime_.watch(), query, startTime,
-                         completion = std::move(completion)](DataResponse<std::string> response) mutable {
-            SolutionStepsReply reply;
-            if (response.result) {
-                reply.isNull = response.result.value() == "null";
-                reply.success = !reply.isNull;
-            }
-            if (reply.success)
-                reply.body = std::move(response.result).value();
-            // First, so that the time is the server's and not the screen's.
-            if (!lifetime.isOver())
-                sendSolutionResponseTiming(query, startTime, reply.success, reply.body);
-            completion(std::move(reply));
-        })
+        .responseString<SolutionStepsReply>(
+            stepsReply,
+            [this, lifetime = lifetime_.watch(), query, startTime,
+             completion = std::move(completion)](DataResponse<SolutionStepsReply> response) mutable {
+                SolutionStepsReply reply =
+                    response.result ? std::move(response.result).value() : SolutionStepsReply{};
+                // First, so that the time is the server's and not the screen's.
+                if (!lifetime.isOver())
+                    sendSolutionResponseTiming(query, startTime, reply.success, reply.metadata);
+                completion(std::move(reply));
+            })
         .detach();
 }
 
 std::optional<StepsMetadataParse> Networking::parseJsonSteps(std::string_view json) const {
-    const auto value = parseJson(json);
-    if (!value || !value.value().is_object())
-        return std::nullopt;
-    return StepsMetadataParse::map(value.value().get_object());
+    return StepsMetadataParse::parse(json);
 }
 
 void Networking::verify(const std::string& problem, const std::string& solution,
@@ -147,13 +154,10 @@ void Networking::querySuggestions(const std::string& query,
         .responseJSON([&application = application_, completion = std::move(completion)](
                           const DataResponse<boost::json::value>& response) mutable {
             const bool isRead = response.result.succeeded();
-            if (isRead && response.result.value().is_array()) {
-                completion(suggestions(response.result.value().get_array()));
-                return;
-            }
-            if (isRead || isUnreadableReply(response.result.error()))
+            auto list = isRead ? suggestions(response.result.value()) : std::nullopt;
+            if (!list && (isRead || isUnreadableReply(response.result.error())))
                 application.platform().printer->print("didn't get suggestion objects as JSON from API");
-            completion(std::nullopt);
+            completion(std::move(list));
         })
         .detach();
 }

@@ -38,10 +38,9 @@ void Networking::sendDetailedLogExtraFields(const DetailedLog& detailedLog, cons
 }
 
 void Networking::sendSolutionResponseTiming(const std::string& rawQuery, Date startTime, bool isSuccess,
-                                            const std::optional<std::string>& json) {
+                                            const std::optional<StepsMetadataParse>& metadata) {
     const auto elapsed = application_.platform().clock->now() - startTime;
-    const StepsMetadataParse metadata =
-        (json ? parseJsonSteps(*json) : std::nullopt).value_or(StepsMetadataParse{});
+    const StepsMetadataParse told = metadata.value_or(StepsMetadataParse{});
     HttpParameters parameters{
         {"type", "SolutionResponseTiming"},
         {"connected", application_.userAccountModel().connectedID()},
@@ -49,11 +48,11 @@ void Networking::sendSolutionResponseTiming(const std::string& rawQuery, Date st
         {"responseTimeMs", std::to_string(elapsed.count())},
         {"success", isSuccess ? "true" : "false"},
         {"language", language()},
-        {"subject", metadata.subject.value_or("")},
-        {"topic", metadata.topic.value_or("")},
-        {"subtopic", metadata.subtopic.value_or("")},
+        {"subject", told.subject.value_or("")},
+        {"topic", told.topic.value_or("")},
+        {"subtopic", told.subtopic.value_or("")},
     };
-    if (metadata.cached)
+    if (told.cached)
         parameters["cached"] = "true";
     post("/solutionResponseTiming", parameters, *sessionManagerWithAnyToken_)
         .response([](const DataResponse<void>&) {})
@@ -74,8 +73,9 @@ void Networking::logCachedSteps(const std::string& query, const std::optional<st
     post("/logCachedStepsMobile", parameters, *sessionManagerWithoutToken_)
         .response([this, lifetime = lifetime_.watch(),
                    completion = std::move(completion)](const DataResponse<void>& response) mutable {
-            completion(!lifetime.isOver() && response.response && response.result &&
-                       validateResponse(*response.response, response.request));
+            const bool isAccepted = !lifetime.isOver() && response.response &&
+                                    validateResponse(*response.response, response.request);
+            completion(isAccepted && response.result);
         })
         .detach();
 }

@@ -59,7 +59,8 @@ public:
     DataRequest makeRequest(const std::string& url, HttpMethod method, const HttpParameters& parameters,
                             SessionManager& manager);
 
-    /// Writes the Cookie header, whatever the request's host is. Delegate queue.
+    /// Writes the Cookie header, whatever the request's host is, without a session cookie or token that no
+    /// header can hold. Delegate queue.
     Result<URLRequest> adapt(URLRequest request) override;
     /// Refreshes the token after a 403 and retries what it was refused for; nothing else is retried.
     void should(SessionManager& manager, const SessionTask& request, const Error& error,
@@ -69,7 +70,8 @@ public:
     void addCookieTo(URLRequest& request, std::string_view key, std::string_view value) const;
     /// Deletes from the shared cookie storage what it holds for the request's URL.
     void removeURLCookiesFrom(const URLRequest& request) const;
-    /// Captures PLAY_SESSION; records an error and returns false for a status that is not 200 to 299.
+    /// Captures PLAY_SESSION unless no header can hold it; records an error and returns false for a status
+    /// that is not 200 to 299.
     bool validateResponse(const HTTPURLResponse& response, const URLRequest& request);
 
     /// name=value, each run of blanks, commas, semicolons and "=" in the value replaced by one "_".
@@ -81,6 +83,8 @@ public:
     static std::optional<std::string> encodeStringForQuery(std::string_view text);
     std::string urlEncode(std::string_view text) const override;
     std::optional<std::string> staticLocalURL(std::string_view page) const override;
+
+    Lifetime::Watch lifetime() const override { return lifetime_.watch(); }
 
     // ---- Endpoints, by family; contracts in the families' types
 
@@ -145,9 +149,9 @@ public:
                         const std::optional<std::string>& extraInfo,
                         std::optional<std::chrono::milliseconds> elapsedTime,
                         LogEverywhere logEverywhere) override;
-    /// Records how long a steps request took.
+    /// Records how long a steps request took, and what its reply said of itself.
     void sendSolutionResponseTiming(const std::string& rawQuery, Date startTime, bool isSuccess,
-                                    const std::optional<std::string>& json);
+                                    const std::optional<StepsMetadataParse>& metadata);
 
 private:
     /// Whether a request is the sign-out, which carries the token that was in force before it.
@@ -171,12 +175,13 @@ private:
 
     void refreshToken(UniqueFunction<void(bool)> completion);
     bool consumeRefresh(const DataResponse<RefreshResponse>& response);
-    void releaseHeldRequests(bool isRefreshed, RetryCompletion first);
+    void releaseHeldRequests(RetryDecision decision, RetryCompletion first);
 
     Task<void> postForAlert(std::string_view path, const HttpParameters& parameters, SessionManager& manager);
     void signIn(DataRequest request, UniqueFunction<void(SignInReply)> completion);
     void changeNotes(std::string_view path, const HttpParameters& parameters,
                      UniqueFunction<void(bool)> completion);
+    Task<void> changeNotes(std::string_view path, const HttpParameters& parameters);
     void logCameraEvent(const std::string& toHost, const HttpParameters& event);
 
     IApplication& application_;

@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace teralune {
 
@@ -15,6 +16,8 @@ struct StepsMetadataParse {
     bool cached = false; ///< "isFromCache"
 
     static StepsMetadataParse map(const boost::json::object& json);
+    /// From a whole steps text; no value when it is no JSON object.
+    static std::optional<StepsMetadataParse> parse(std::string_view steps);
 };
 
 } // namespace teralune

@@ -1,5 +1,6 @@
 #include "Classes/Support/Language.h"
 
+#include "Platform/Foundation/AsciiText.h"
 #include "Platform/Foundation/BundleExtension.h"
 
 #include <algorithm>
@@ -10,9 +11,7 @@ std::string Language::currentLanguageIdentifier(const PlatformServices& platform
     const std::vector<std::string> preferred = platform.mainBundle->preferredLocalizations();
     if (preferred.empty())
         return {};
-    std::string code = preferred.front();
-    std::transform(code.begin(), code.end(), code.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    const std::string code = lowercased(preferred.front());
     // The server knows one Portuguese.
     return code.starts_with("pt") ? "pt" : code;
 }

@@ -1,9 +1,9 @@
 #include "Platform/Device/Device.h"
 
+#include "Platform/Foundation/AsciiText.h"
 #include "Platform/Foundation/Utf8.h"
 
 #include <algorithm>
-#include <cctype>
 #include <fstream>
 #include <iterator>
 #include <string_view>
@@ -52,11 +52,8 @@ std::string cleaned(std::string_view raw) {
 /// Empty when the field is missing or was left at its factory text.
 std::string field(const std::string& file) {
     const std::string text = cleaned(contents(file));
-    std::string lowered = text;
-    std::transform(lowered.begin(), lowered.end(), lowered.begin(),
-                   [](unsigned char character) { return static_cast<char>(std::tolower(character)); });
-    const bool isPlaceholder =
-        std::find(std::begin(placeholders), std::end(placeholders), lowered) != std::end(placeholders);
+    const bool isPlaceholder = std::find(std::begin(placeholders), std::end(placeholders),
+                                         lowercased(text)) != std::end(placeholders);
     return isPlaceholder ? std::string() : text;
 }
 

@@ -1,5 +1,7 @@
 #include "Platform/Foundation/LanguagePreferences.h"
 
+#include "Platform/Foundation/AsciiText.h"
+
 #include <algorithm>
 #include <cstdlib>
 
@@ -20,11 +22,8 @@ std::string languageOfLocale(std::string_view locale) {
 
 /// The form in which tags are compared: lower case, hyphens, and Hebrew by its present code.
 std::string comparable(std::string_view tag) {
-    std::string result(tag);
-    std::transform(result.begin(), result.end(), result.begin(), [](char character) {
-        const bool isUpper = character >= 'A' && character <= 'Z';
-        return isUpper ? static_cast<char>(character - 'A' + 'a') : character == '_' ? '-' : character;
-    });
+    std::string result = lowercased(tag);
+    std::replace(result.begin(), result.end(), '_', '-');
     if (result == "iw" || result.starts_with("iw-")) {
         result.replace(0, 2, "he");
     }

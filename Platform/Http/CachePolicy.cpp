@@ -1,6 +1,6 @@
 #include "Platform/Http/CachePolicy.h"
 
-#include "Platform/Http/AsciiText.h"
+#include "Platform/Foundation/AsciiText.h"
 
 #include <algorithm>
 #include <string_view>

@@ -1,6 +1,6 @@
 #include "Platform/Http/CookieStorage.h"
 
-#include "Platform/Http/AsciiText.h"
+#include "Platform/Foundation/AsciiText.h"
 #include "Platform/Http/Url.h"
 
 #include <algorithm>

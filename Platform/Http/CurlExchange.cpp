@@ -1,6 +1,6 @@
 #include "Platform/Http/CurlExchange.h"
 
-#include "Platform/Http/AsciiText.h"
+#include "Platform/Foundation/AsciiText.h"
 #include "Platform/Http/CurlError.h"
 #include "Platform/Http/HeaderSafety.h"
 #include "Platform/Http/HttpError.h"
@@ -80,6 +80,8 @@ void CurlExchange::setConnection(void* easy, bool isLoopback) {
         // On a connection that the server has just closed libcurl sends a request twice by itself; a token
         // must not be refreshed twice.
         curl_easy_setopt(easy, CURLOPT_FRESH_CONNECT, 1L);
+        // Everyone waits for its end, which a server that sends a byte now and then would put off for ever.
+        curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS, static_cast<long>(limits_.controlTimeout.count()));
     }
 }
 

@@ -23,6 +23,8 @@ public:
         std::size_t bodyBytes = 256 * 1024 * 1024; ///< decoded
         std::chrono::milliseconds connectTimeout{10'000};
         std::chrono::seconds idleTimeout{60};
+        /// For a whole exchange of the control lane, since everyone waits for its end.
+        std::chrono::milliseconds controlTimeout{30'000};
     };
 
     CurlTransport();

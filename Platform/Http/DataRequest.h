@@ -48,6 +48,9 @@ public:
     /// The text, by the charset of the content type; without one UTF-8, and ISO 8859-1 where it is not UTF-8.
     /// Always valid UTF-8.
     RequestHandle responseString(Handler<std::string> handler) &&;
+    /// The same text as what the mapper makes of it, on the delegate queue.
+    template<class T>
+    RequestHandle responseString(T (*mapper)(std::string text), Handler<T> handler) &&;
     /// The parsed text, fragments allowed. An empty body is an error, but for statuses 204 and 205 (null).
     RequestHandle responseJSON(Handler<boost::json::value> handler) &&;
     /// A JSON object mapped to a record by the mapper, which returns no value where that is impossible. Runs

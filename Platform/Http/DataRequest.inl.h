@@ -6,6 +6,18 @@
 namespace teralune {
 
 template<class T>
+RequestHandle DataRequest::responseString(T (*mapper)(std::string text), Handler<T> handler) && {
+    return std::move(*this).send(
+        makeResponseFinisher<T>(std::move(handler), [mapper](const DataResponse<void>& raw) -> Result<T> {
+            auto read = text(raw);
+            if (!read) {
+                return read.error();
+            }
+            return mapper(std::move(read).value());
+        }));
+}
+
+template<class T>
 RequestHandle DataRequest::responseObject(std::optional<T> (*mapper)(const boost::json::object&),
                                           Handler<T> handler) && {
     return std::move(*this).send(

@@ -1,6 +1,6 @@
 #include "Platform/Http/HttpHeaders.h"
 
-#include "Platform/Http/AsciiText.h"
+#include "Platform/Foundation/AsciiText.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #include "Platform/Http/Redirect.h"
 
-#include "Platform/Http/AsciiText.h"
+#include "Platform/Foundation/AsciiText.h"
 #include "Platform/Http/HttpError.h"
 #include "Platform/Http/Url.h"
 

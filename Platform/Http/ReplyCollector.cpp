@@ -1,6 +1,6 @@
 #include "Platform/Http/ReplyCollector.h"
 
-#include "Platform/Http/AsciiText.h"
+#include "Platform/Foundation/AsciiText.h"
 
 namespace teralune {
 

@@ -1,6 +1,6 @@
 #include "Platform/Http/ResponseValidation.h"
 
-#include "Platform/Http/AsciiText.h"
+#include "Platform/Foundation/AsciiText.h"
 #include "Platform/Http/ContentType.h"
 #include "Platform/Http/HttpError.h"
 

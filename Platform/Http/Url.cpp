@@ -1,6 +1,6 @@
 #include "Platform/Http/Url.h"
 
-#include "Platform/Http/AsciiText.h"
+#include "Platform/Foundation/AsciiText.h"
 
 #include <curl/curl.h>
 

@@ -1,7 +1,7 @@
 #include "Tests/Support/LoopbackServer.h"
 
+#include "Platform/Foundation/AsciiText.h"
 #include "Platform/Foundation/FatalError.h"
-#include "Platform/Http/AsciiText.h"
 
 #include <arpa/inet.h>
 #include <netinet/in.h>

@@ -1,5 +1,5 @@
 #include "Classes/Support/Language.h"
-#include "Classes/Support/Localization.h"
+#include "Classes/Support/LocalizationMacro.h"
 #include "Platform/Defaults/UserDefaults.h"
 #include "Platform/Foundation/BundleExtension.h"
 #include "Tests/Support/FakePlatform.h"
@@ -45,6 +45,7 @@ TEST(Language, a_switch_redirects_the_main_bundle_and_is_remembered) {
                     testing::AllOf(StartsWith("LANG: Setting bundle path to "), HasSubstr("es.lproj"))));
     EXPECT_EQ(bundle.localizedString("COMMON_YES"), "Sí");
     EXPECT_EQ(Localize(platform.services, "COMMON_YES"), "Sí");
+    EXPECT_EQ(LocalizationMacro::Localize("COMMON_YES", platform.services), "Sí");
     EXPECT_EQ(Language::currentLanguageIdentifier(platform.services), "es");
 
     Bundle::set("xx", platform.services);

@@ -43,7 +43,8 @@ protected:
 TEST_F(AccountModel, only_a_reply_of_texts_with_id_and_token_signs_in) {
     for (const char* ignored :
          {R"({"connected":"c1"})", R"({"jwt":"t1"})", R"({"connected":"c1","jwt":"t1","count":3})",
-          R"({"connected":1,"jwt":"t1"})", R"(["connected","jwt"])", "null", R"("c1")"}) {
+          R"({"connected":1,"jwt":"t1"})", R"({"connected":"c1","jwt":"t\u007f"})", R"(["connected","jwt"])",
+          "null", R"("c1")"}) {
         model.consume(boost::json::parse(ignored));
         EXPECT_FALSE(model.isLoggedIn()) << ignored;
         EXPECT_EQ(settings.accessToken(), std::nullopt) << ignored;
@@ -120,6 +121,23 @@ TEST_F(AccountModel, names_are_saved_one_after_the_other_and_each_when_the_serve
     ASSERT_TRUE(again.isCompleted());
     EXPECT_TRUE(again.outcome()->succeeded());
     EXPECT_EQ(settings.lastName(), "King");
+}
+
+TEST_F(AccountModel, names_whose_client_ends_in_between_are_cancelled) {
+    std::optional<Networking> client(std::in_place, application, application.constants);
+    application.networkingService = &*client;
+    settings.setConnectedID("c1");
+    const Task<void> task = model.updateAccountInfo("Ada", "Lovelace");
+    application.run();
+    application.fakePlatform.transport->answer(0, ScriptedTransport::reply(200, R"({"success":true})"));
+    application.fakePlatform.httpDelegateQueue->runAll();
+    application.fakePlatform.mainQueue->runNext(); // the reply has been read, its consequence waits
+    client.reset();
+    application.networkingService = nullptr;
+    application.run();
+    EXPECT_EQ(settings.firstName(), "Ada");
+    ASSERT_TRUE(task.isCompleted());
+    EXPECT_EQ(task.outcome()->error(), httpTransportError(HttpTransportError::cancelled));
 }
 
 TEST_F(AccountModel,

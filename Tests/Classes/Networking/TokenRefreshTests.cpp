@@ -1,3 +1,4 @@
+#include "Classes/Interfaces/ITeraluneConstants.h"
 #include "Platform/Dispatch/MainQueue.h"
 #include "Platform/Dispatch/QueuePool.h"
 #include "Tests/Classes/Networking/NetworkingFixture.h"
@@ -5,6 +6,7 @@
 #include <gmock/gmock.h>
 
 #include <atomic>
+#include <stdexcept>
 #include <thread>
 
 namespace teralune {
@@ -71,6 +73,7 @@ TEST_F(TokenRefreshTests, a_refresh_without_a_token_fails_what_waits_and_the_nex
     const Case cases[] = {
         {reply(200, R"({"alert":"No.","jwt":"new"})"), 0, "Alert from refresh: No."},
         {reply(200, "{}"), 0, "Refresh was successful: false"},
+        {reply(200, R"({"jwt":"new\u0000"})"), 0, "Refresh was successful: false"},
         {reply(200, R"({"jwt":5})"), 0, "Refresh was successful: false"},
         {reply(200, "[]"), 0, "Refresh was successful: false"},
         {reply(500, R"({"jwt":"new"})"), 0, "Refresh was successful: false"},
@@ -89,9 +92,40 @@ TEST_F(TokenRefreshTests, a_refresh_without_a_token_fails_what_waits_and_the_nex
         EXPECT_EQ(told, (std::vector<std::string>{"a failed", "b failed"}));
         told.clear();
         EXPECT_EQ(application.fakeUserAccountModel.prompts, each.prompts);
-        EXPECT_NE(application.settings.accessToken(), "new");
+        EXPECT_FALSE(application.settings.accessToken().value_or("").starts_with("new"));
         EXPECT_THAT(application.recordingCrashReporter.takeLines(), Contains(each.line));
     }
+}
+
+TEST_F(TokenRefreshTests, a_refused_attempt_s_session_travels_with_the_refresh_and_the_retry) {
+    ask("a");
+    answer(0, ScriptedTransport::reply(403, "", {{"Set-Cookie", "PLAY_SESSION=s; Path=/"}}));
+    answer(1, reply(200, R"({"jwt":"new"})"));
+    for (const std::size_t index : {1U, 2U})
+        EXPECT_THAT(cookies(index), HasSubstr(";PLAY_SESSION=s;"));
+}
+
+TEST_F(TokenRefreshTests, a_refresh_that_the_host_makes_impossible_fails_its_request_and_no_later_one) {
+    struct Constants final : ITeraluneConstants {
+        bool areBroken = false;
+        bool httpsProtocol() const override { return true; }
+        std::string apiHost() const override {
+            return areBroken ? throw std::runtime_error("broken") : "api.test";
+        }
+        std::string ocrHost() const override { return "ocr.test"; }
+        bool debugMode() const override { return false; }
+    } constants;
+    networking.emplace(application, constants);
+    ask("a");
+    constants.areBroken = true;
+    answer(0, reply(403, ""));
+    EXPECT_EQ(told, std::vector<std::string>{"a failed"});
+
+    constants.areBroken = false;
+    ask("b");
+    answer(1, reply(403, ""));
+    EXPECT_EQ(urlsFrom(2), std::vector<std::string>{"https://api.test/refresh"});
+    networking.reset(); // before its constants
 }
 
 TEST_F(TokenRefreshTests, only_a_403_is_retried) {

@@ -270,6 +270,7 @@ TEST(CurlTransport, gives_up_on_a_server_that_falls_silent_and_never_repeats_a_c
     });
     CurlTransport::Limits limits;
     limits.idleTimeout = std::chrono::seconds(1);
+    limits.controlTimeout = std::chrono::milliseconds(100);
     CurlTransport transport(limits);
     EXPECT_EQ(codeOf(exchange(transport, get(server.url("/warm")))), 0);
     EXPECT_EQ(codeOf(exchange(transport, {server.url("/refresh"), HttpMethod::post, {}, {}},
@@ -277,6 +278,10 @@ TEST(CurlTransport, gives_up_on_a_server_that_falls_silent_and_never_repeats_a_c
               -1005);
     EXPECT_EQ(codeOf(exchange(transport, get(server.url("/silent")))), -1001);
     EXPECT_EQ(server.requests().size(), 3U);
+
+    limits.idleTimeout = std::chrono::hours(1);
+    CurlTransport patient(limits);
+    EXPECT_EQ(codeOf(exchange(patient, get(server.url("/silent")), TransferLane::control)), -1001);
 }
 
 TEST(CurlTransport, ends_with_everything_under_way) {

@@ -1,4 +1,4 @@
-#include "Platform/Http/AsciiText.h"
+#include "Platform/Foundation/AsciiText.h"
 
 #include <algorithm>
 
