@@ -27,9 +27,9 @@ class UserAccountModelType;
 /// Getters are called on any thread and must be safe to call there; userWasLoggedOut() is called on the main
 /// thread. The application and its services outlive every request.
 ///
-/// A host ends in this order, on the main thread: it stops the notebook's synchronization job and ends the
-/// background pool, so that nobody else asks for services; it destroys Networking, which cancels what is
-/// under way; it drops or drains the main queue, where the last completions wait; then the other services
+/// A host ends in this order, on the main thread: it destroys the notebook's synchronization job, which waits
+/// for its background work, so that nobody else asks for services; it destroys Networking, which cancels what
+/// is under way; it drops or drains the main queue, where the last completions wait; then the other services
 /// and the application go.
 class IApplication {
 public:

@@ -108,13 +108,11 @@ CommandLineApplication::CommandLineApplication(Foundations foundations)
     , networkReachability_(makeReachability(foundations.options, platform_))
     , logger_(*this)
     , dataController_(*this)
-    , notebookSynchronizationJob_(*this)
     , noteDataFinder_(*this, std::make_unique<SolutionStepsFetchingStrategy>(*this))
-    , networking_(*this, constants_) {}
+    , networking_(*this, constants_)
+    , notebookSynchronizationJob_(*this) {}
 
-CommandLineApplication::~CommandLineApplication() {
-    notebookSynchronizationJob_.stopJob();
-}
+CommandLineApplication::~CommandLineApplication() = default;
 
 std::string CommandLineApplication::osInfo() const {
     return "Linux " + platform_.device->systemVersion();

@@ -91,9 +91,11 @@ private:
     std::unique_ptr<NetworkReachabilityType> networkReachability_;
     Logger logger_;
     DataController dataController_;
-    NotebookSynchronizationJob notebookSynchronizationJob_;
     NoteDataFinder noteDataFinder_;
+    // The job goes first, with the background work that still asks for services, and then the client with the
+    // requests that are under way.
     Networking networking_;
+    NotebookSynchronizationJob notebookSynchronizationJob_;
 };
 
 } // namespace teralune
