@@ -1,3 +1,4 @@
+#include "SolverService/Faults.h"
 #include "SolverService/SolverService.h"
 
 #include <CLI/CLI.hpp>
@@ -18,6 +19,8 @@ int main(int argumentCount, char** arguments) {
     std::int64_t tokenSeconds = 0;
     const auto* seconds =
         application.add_option("--token-seconds", tokenSeconds, "Age at which a token is stale");
+    std::vector<std::string> refused;
+    application.add_option("--refuse", refused, "A path whose next request is answered with status 500");
     CLI11_PARSE(application, argumentCount, arguments);
     if (seconds->count() > 0) {
         options.tokenTime = std::chrono::seconds(tokenSeconds);
@@ -34,6 +37,9 @@ int main(int argumentCount, char** arguments) {
     if (!service) {
         std::fprintf(stderr, "%s\n", service.error().localizedDescription.c_str());
         return 1;
+    }
+    for (const std::string& path : refused) {
+        service.value()->faults().script(path, teralune::service::Fault::answer(500));
     }
     std::printf("Listening on http://%s\n", service.value()->host().c_str());
     std::fflush(stdout);

@@ -23,31 +23,45 @@ struct Arguments {
     bool web = false;
 };
 
-/// The note's solution: from the cache where it is there, from the server otherwise.
-Result<void> show(const CommandContext& context, const Arguments& arguments) {
+/// A note's solution: from the cache where it is there, from the server otherwise.
+Result<boost::json::value> findSolution(const CommandContext& context, const std::string& problem,
+                                        ForceWeb forceWeb) {
     struct Found {
         std::string steps;
-        std::optional<std::string> topic;
         std::optional<std::string> failure;
     };
-    // Whether the note was opened offline is recorded, so the network's state has to be known.
-    context.application.hasInternetConnection();
     const auto found = context.waitFor<Found>([&](auto whenDone) {
         // Exactly one of the two is called.
         const auto done = std::make_shared<decltype(whenDone)>(std::move(whenDone));
         context.application.noteDataFinder().findData(
-            arguments.problem, arguments.problem, ForceWeb{arguments.web}, SolutionOrigin::notebook,
-            [done](std::string steps, std::optional<std::string> topic) {
-                (*done)(Found{std::move(steps), std::move(topic), {}});
+            problem, problem, forceWeb, SolutionOrigin::notebook,
+            [done](std::string steps, const std::optional<std::string>&) {
+                (*done)(Found{std::move(steps), {}});
             },
             [done](std::string message) {
-                (*done)(Found{{}, {}, std::move(message)});
+                (*done)(Found{{}, std::move(message)});
             });
     });
     if (found.failure)
         return commandError(*found.failure);
-    const boost::json::value solution = solutionRecord(found.steps);
-    context.output.show(solution, solutionText(solution, SolutionDetail::everyStep));
+    return solutionRecord(found.steps);
+}
+
+Result<void> show(const CommandContext& context, const Arguments& arguments) {
+    // Whether the note was opened offline is recorded, so the network's state has to be known.
+    context.application.hasInternetConnection();
+    boost::json::array solutions;
+    std::string text;
+    for (const std::string& problem : arguments.problems) {
+        const Result<boost::json::value> solution = findSolution(context, problem, ForceWeb{arguments.web});
+        if (!solution)
+            return solution.error();
+        text += (text.empty() ? "" : "\n\n") + solutionText(solution.value(), SolutionDetail::everyStep);
+        solutions.push_back(solution.value());
+        // A record that could not be sent goes with the next one that can.
+        context.application.settle();
+    }
+    context.output.show(solutions.size() == 1 ? solutions.front() : boost::json::value(solutions), text);
     return {};
 }
 
@@ -71,8 +85,11 @@ void addNoteCommands(CommandSet& commands) {
         return addNoteCommand(commands, note, arguments, name, description, action);
     };
 
-    add("show", "Show a note's solution; works offline once its steps were kept", show)
-        .add_flag("--web", arguments->web, "From the server, even where it was kept");
+    CLI::App& showing = commands.add(
+        "show", "Show the solutions of notes; works offline once their steps were kept",
+        [arguments](CommandContext& context) { return show(context, *arguments); }, &note);
+    showing.add_option("PROBLEM", arguments->problems, "The notes' problems")->required()->check(notEmpty());
+    showing.add_flag("--web", arguments->web, "From the server, even where it was kept");
     CLI::App& saving =
         add("save", "Add a problem to the notebook", [](const auto& context, const Arguments& wish) {
             return saveNote(context, wish.problem, wish.topic, wish.savedFrom);
