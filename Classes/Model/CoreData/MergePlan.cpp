@@ -62,15 +62,12 @@ void MergePlan::add(NotebookEntryRecord record, std::optional<Date> lastChange) 
     Note& note = notes_[found->second];
     note.last = records_.size();
     if (record.tags != nullptr) {
-        note.tags.reserve(note.tags.size() + record.tags->size());
         for (const boost::json::value& tag : *record.tags) {
             const boost::json::string& text = tag.get_string();
             if (!text.empty()) {
                 note.tags.push_back(place(std::string_view(text.data(), text.size())));
             }
         }
-        std::sort(note.tags.begin(), note.tags.end());
-        note.tags.erase(std::unique(note.tags.begin(), note.tags.end()), note.tags.end());
     }
     const auto milliseconds =
         lastChange ? std::optional<std::int64_t>(lastChange->time_since_epoch().count()) : std::nullopt;
@@ -80,6 +77,14 @@ void MergePlan::add(NotebookEntryRecord record, std::optional<Date> lastChange) 
 void MergePlan::addUnusable(std::optional<std::string_view> id) {
     if (id) {
         noteOfID_.try_emplace(*id, noNote);
+    }
+}
+
+void MergePlan::endList() {
+    // Not while records come in: a list that names one note half a million times would be sorted as often.
+    for (Note& note : notes_) {
+        std::sort(note.tags.begin(), note.tags.end());
+        note.tags.erase(std::unique(note.tags.begin(), note.tags.end()), note.tags.end());
     }
 }
 

@@ -19,8 +19,9 @@ namespace teralune {
 /// records come in, then what is stored, and out come the rows that differ. The result is the same as if each
 /// record were stored in turn after all tags had been deleted; what would end as it was is not written.
 ///
-/// Used in this order, by one thread: add() and addUnusable() in the order of the list; meetTag() for each
-/// stored tag and then meetEntry() for each stored entry, both in the order of their rows; then the answers.
+/// Used in this order, by one thread: add() and addUnusable() in the order of the list, and endList();
+/// meetTag() for each stored tag and then meetEntry() for each stored entry, both in the order of their rows;
+/// then the answers.
 class MergePlan {
 public:
     /// A note of the list: the records of one identifier, as the store ends up with them. The first decides
@@ -67,6 +68,9 @@ public:
     void add(NotebookEntryRecord record, std::optional<Date> lastChange);
     /// A record that is passed over. The entry of its identifier, where that can be read, is kept.
     void addUnusable(std::optional<std::string_view> id);
+
+    /// Puts the tags of each note together.
+    void endList();
 
     void meetTag(std::int64_t tagID, std::optional<std::string_view> text);
     /// With the rows of the tags that the entry bears, ascending.

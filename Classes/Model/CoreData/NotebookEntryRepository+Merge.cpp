@@ -191,6 +191,7 @@ MergePlan NotebookEntryRepository::readRecords(const boost::json::array& entries
         }
         plan.add(std::move(record), lastChange);
     }
+    plan.endList();
     return plan;
 }
 

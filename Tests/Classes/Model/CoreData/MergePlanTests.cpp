@@ -153,6 +153,7 @@ TEST_P(MergePlanTests, plans_what_differs_and_nothing_else) {
             plan.addUnusable(record.id);
         }
     }
+    plan.endList();
     std::int64_t tagID = 0;
     for (const char* text : GetParam().storedTags) {
         plan.meetTag(++tagID, text);
