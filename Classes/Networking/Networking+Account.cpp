@@ -73,10 +73,7 @@ void Networking::getUserData(UniqueFunction<void(std::optional<UserData>)> compl
 Task<void> Networking::deleteAccount() {
     const TaskCompletionSource<void> source;
     post("/api/user/disableAccount", {}, *sessionManagerWithPrivateToken_)
-        .response([source](const DataResponse<void>& response) {
-            // Whatever the server answers, it has been told.
-            source.complete(response.response ? Result<void>() : response.result);
-        })
+        .response([source](const DataResponse<void>& response) { source.complete(response.result); })
         .detach();
     return source.task();
 }

@@ -124,6 +124,7 @@ TEST_F(WiredLibraryTests, three_requests_with_a_stale_token_share_one_refresh_an
 TEST_F(WiredLibraryTests, a_session_that_the_server_rejects_is_signed_out_without_telling_it) {
     signUp({"2x=4"});
     ASSERT_EQ(runSynchronization(*application_), Phase::idle);
+    application_->settle();
     service_->rejectRefresh();
     service_->requestLog().clear();
     EXPECT_FALSE(waitFor<bool>([this](auto done) {
