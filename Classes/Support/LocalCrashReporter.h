@@ -22,7 +22,7 @@ class Printer;
 /// can't be written is dropped. Arguments that hold a token are written as "•••".
 class LocalCrashReporter final : public CrashReporterType {
 public:
-    static constexpr std::uintmax_t DefaultSizeLimit = 1024 * 1024;
+    static constexpr std::uintmax_t DefaultSizeLimit = 1'048'576;
 
     explicit LocalCrashReporter(std::filesystem::path file, std::shared_ptr<Clock> clock,
                                 std::shared_ptr<Printer> printer = {},

@@ -6,7 +6,7 @@
 #include <map>
 #include <string>
 
-namespace CLI {
+namespace CLI { // NOLINT(readability-identifier-naming): not ours to name
 class App;
 }
 

@@ -103,8 +103,12 @@ Result<void> showLanguages(const CommandContext& context) {
         // Requests know one Portuguese only.
         const bool isCurrent = code == current || (current == "pt" && code == "pt-PT");
         offered.push_back({{"code", code}, {"label", label}});
-        const std::string column = code + std::string(widestCode - std::min(widestCode, code.size()), ' ');
-        text += (isCurrent ? "* " : "  ") + column + "  " + label + '\n';
+        text += isCurrent ? "* " : "  ";
+        text += code;
+        text.append(widestCode - std::min(widestCode, code.size()), ' ');
+        text += "  ";
+        text += label;
+        text += '\n';
     }
     context.output.show({{"current", current}, {"offered", std::move(offered)}}, text);
     return {};
@@ -130,13 +134,13 @@ void addSettingsCommands(CommandSet& commands) {
                                       [](CommandContext& context) { return showSettings(context); });
     settings.require_subcommand(0, 1);
     const auto setting = std::make_shared<Setting>();
-    CLI::App& setting_ = commands.add(
+    CLI::App& changing = commands.add(
         "set", "Change a setting; a signed-in user's server has to agree first",
         [setting](CommandContext& context) { return set(context, *setting); }, &settings);
-    setting_.add_option("KEY", setting->key, "steps, decimals or suggestions")
+    changing.add_option("KEY", setting->key, "steps, decimals or suggestions")
         ->required()
         ->check(CLI::IsMember({"steps", "decimals", "suggestions"}));
-    setting_.add_option("VALUE", setting->value, "showSteps, hideSteps, stepByStep; 2 to 10; on, off")
+    changing.add_option("VALUE", setting->value, "showSteps, hideSteps, stepByStep; 2 to 10; on, off")
         ->required();
 
     const auto code = std::make_shared<std::string>();
