@@ -15,6 +15,7 @@
 #include <curl/curl.h>
 
 #include <cstdlib>
+#include <ctime>
 
 namespace teralune::benchmarks {
 namespace {
@@ -170,6 +171,21 @@ private:
     std::vector<Handle> handles_;
 };
 
+/// The processor time of this process, all threads together: what is left of the measure on a machine that
+/// is busy with other things.
+Duration processorTime() {
+    timespec now{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+    return std::chrono::seconds(now.tv_sec) + std::chrono::nanoseconds(now.tv_nsec);
+}
+
+template<class Work>
+Duration processorTimeOf(Work&& work) {
+    const Duration before = processorTime();
+    work();
+    return processorTime() - before;
+}
+
 int measure(std::size_t requests, std::size_t rounds) {
     const KeepAliveServer server;
     Pipeline pipeline(server.url());
@@ -184,6 +200,11 @@ int measure(std::size_t requests, std::size_t rounds) {
     constexpr double goal = 0.85;
     const bool isMet = printRatio("HTTP pipeline, time against bare libcurl", many, 1 / goal);
     std::printf("  that is %.2f of its requests per second (goal %.2f)\n", 1 / many.median, goal);
+
+    printRatio("HTTP pipeline, processor time",
+               interleavedRatio(
+                   rounds, [&] { return processorTimeOf([&] { pipeline.run(requests, inFlight); }); },
+                   [&] { return processorTimeOf([&] { bare.run(requests, inFlight); }); }));
 
     const std::size_t single = requests / 5;
     const Ratio one = interleavedRatio(

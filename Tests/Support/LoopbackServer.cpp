@@ -1,10 +1,8 @@
 #include "Tests/Support/LoopbackServer.h"
 
 #include "Platform/Foundation/AsciiText.h"
-#include "Platform/Foundation/FatalError.h"
+#include "Tests/Support/LoopbackSocket.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -124,18 +122,10 @@ LoopbackServer::Reply&& LoopbackServer::Reply::hangUp() && {
     return std::move(*this);
 }
 
-LoopbackServer::LoopbackServer(Script script) : script_(std::move(script)) {
-    listener_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof address;
-    auto* const general = reinterpret_cast<sockaddr*>(&address);
-    if (bind(listener_, general, size) != 0 || listen(listener_, SOMAXCONN) != 0 ||
-        getsockname(listener_, general, &size) != 0) {
-        fatalError("The test server found no port.");
-    }
-    port_ = ntohs(address.sin_port);
+LoopbackServer::LoopbackServer(Script script)
+    : script_(std::move(script))
+    , listener_(listenOnLoopback())
+    , port_(portOf(listener_)) {
     threads_.emplace_back([this] { accept(); });
 }
 

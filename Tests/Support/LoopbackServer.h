@@ -73,8 +73,8 @@ private:
     bool send(int socket, const Reply& reply);
 
     const Script script_;
-    int listener_ = -1;
-    int port_ = 0;
+    const int listener_;
+    const int port_;
     mutable std::mutex mutex_;
     std::condition_variable changed_;
     bool isEnding_ = false;

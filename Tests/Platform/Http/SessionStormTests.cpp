@@ -162,21 +162,5 @@ TEST_F(SessionStormTest, tells_all_of_200_handlers_when_everything_is_shut_down)
     EXPECT_EQ(cancellations, count);
 }
 
-TEST_F(SessionStormTest, survives_its_end_inside_a_handler_while_others_are_under_way) {
-    runs.assign(50, 0);
-    serverToken = 0;
-    adapter.onAdapt = [](URLRequest request) {
-        request.headers.set("Cookie", "token=0");
-        return request;
-    };
-    auto ending =
-        manager->request(server.url("/end"), HttpMethod::get).response([this](auto) { manager.reset(); });
-    for (std::size_t index = 0; index < 50; ++index) {
-        send(index).detach();
-    }
-    waitForHandlers(50);
-    EXPECT_EQ(manager, nullptr);
-}
-
 } // namespace
 } // namespace teralune
