@@ -102,8 +102,11 @@ Result<void> tagNote(const CommandContext& context, const std::string& problem, 
     TagChange change;
     change.tagsAdded.insert(wishes.add.begin(), wishes.add.end());
     change.tagsRemoved.insert(wishes.remove.begin(), wishes.remove.end());
-    const std::vector<std::string>& before = note.value().tagStrings();
-    change.tags.insert(before.begin(), before.end());
+    // The server takes the tags it is sent for all there are, so they must be known.
+    const Result<std::vector<std::string>> before = note.value().readTagStrings();
+    if (!before)
+        return commandError("The note's tags could not be read: " + before.error().localizedDescription);
+    change.tags.insert(before.value().begin(), before.value().end());
     change.tags.insert(wishes.add.begin(), wishes.add.end());
     for (const std::string& tag : wishes.remove)
         change.tags.erase(tag);

@@ -91,6 +91,12 @@ Result<Database> Database::open(const Options& options) {
             return settings.error();
         }
     }
+    // Ending a transaction must not depend on memory that can be had only afterwards.
+    for (const char* ending : {"COMMIT", "ROLLBACK"}) {
+        if (Result<void> prepared = database.statement(ending).result(); !prepared) {
+            return prepared.error();
+        }
+    }
     return database;
 }
 

@@ -38,28 +38,64 @@ Result<void> makePrivateFolder(const std::filesystem::path& folder) {
     return {};
 }
 
+class Descriptor {
+public:
+    explicit Descriptor(int number) : number_(number) {}
+    ~Descriptor() {
+        if (number_ >= 0) {
+            close(number_);
+        }
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    int number() const { return number_; }
+
+private:
+    int number_;
+};
+
+/// Closing a descriptor of a file drops every lock that the process holds on it, those of an open connection
+/// included. A descriptor that is only a name (O_PATH) opens nothing and so drops none.
+Result<void> restrictToOwner(const std::filesystem::path& file) {
+    const Descriptor name(open(file.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+    struct stat status {};
+    if (name.number() < 0 || fstat(name.number(), &status) != 0) {
+        return systemError(errno, file);
+    }
+    if (!S_ISREG(status.st_mode)) {
+        return systemError(S_ISLNK(status.st_mode) ? ELOOP : S_ISDIR(status.st_mode) ? EISDIR : EINVAL, file);
+    }
+    if ((status.st_mode & ALLPERMS) == ownerOnlyFile) {
+        return {};
+    }
+    const std::string alias = "/proc/self/fd/" + std::to_string(name.number());
+    if (chmod(alias.c_str(), ownerOnlyFile) != 0) {
+        return systemError(errno, file);
+    }
+    return {};
+}
+
 } // namespace
 
 Result<void> makePrivateFile(const std::filesystem::path& file) {
     if (Result<void> folder = makePrivateFolder(file.parent_path()); !folder) {
         return folder;
     }
-    const int descriptor = open(file.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, ownerOnlyFile);
-    if (descriptor < 0) {
-        return systemError(errno, file);
+    {
+        const Descriptor made(open(file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, ownerOnlyFile));
+        if (made.number() < 0 && errno != EEXIST) {
+            return systemError(errno, file);
+        }
     }
-    const int modeChange = fchmod(descriptor, ownerOnlyFile);
-    const int modeError = errno;
-    close(descriptor);
-    if (modeChange != 0) {
-        return systemError(modeError, file);
+    if (Result<void> restricted = restrictToOwner(file); !restricted) {
+        return restricted;
     }
     for (const char* suffix : {"-wal", "-shm", "-journal"}) {
         std::filesystem::path companion = file;
         companion += suffix;
-        std::error_code missing;
-        std::filesystem::permissions(
-            companion, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write, missing);
+        // Most are missing.
+        static_cast<void>(restrictToOwner(companion));
     }
     return {};
 }

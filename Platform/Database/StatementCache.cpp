@@ -1,5 +1,6 @@
 #include "Platform/Database/StatementCache.h"
 
+#include <new>
 #include <sqlite3.h>
 
 namespace teralune {
@@ -25,11 +26,15 @@ sqlite3_stmt* StatementCache::take(std::string_view sql) {
     return statement;
 }
 
-void StatementCache::giveBack(sqlite3_stmt* statement) {
+void StatementCache::giveBack(sqlite3_stmt* statement) noexcept {
     const std::string_view sql = sqlite3_sql(statement);
     auto slot = idle_.find(sql);
     if (slot == idle_.end() && idle_.size() < capacity) {
-        slot = idle_.emplace(sql, nullptr).first;
+        try {
+            slot = idle_.emplace(sql, nullptr).first;
+        } catch (const std::bad_alloc&) {
+            slot = idle_.end();
+        }
     }
     if (slot == idle_.end() || slot->second != nullptr) {
         sqlite3_finalize(statement);

@@ -10,7 +10,7 @@ struct sqlite3_stmt;
 namespace teralune {
 
 /// The prepared statements of one connection that are not in use, by their SQL. Holds a bounded number; a
-/// statement beyond it is finalized instead of kept.
+/// statement beyond it, or for which there is no memory, is finalized instead of kept.
 class StatementCache {
 public:
     StatementCache() = default;
@@ -20,7 +20,7 @@ public:
 
     /// Null when none is idle. The caller owns what it takes.
     sqlite3_stmt* take(std::string_view sql);
-    void giveBack(sqlite3_stmt* statement);
+    void giveBack(sqlite3_stmt* statement) noexcept;
 
 private:
     struct TextHash {

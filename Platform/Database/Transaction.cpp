@@ -3,6 +3,7 @@
 #include "Platform/Database/Database.h"
 #include "Platform/Database/DatabaseError.h"
 
+#include <new>
 #include <sqlite3.h>
 #include <utility>
 
@@ -20,9 +21,17 @@ Transaction::Transaction(Transaction&& other) noexcept : database_(std::exchange
 
 Transaction::~Transaction() {
     if (isOpen()) {
-        // There is nobody left to tell of a failure.
-        static_cast<void>(database_->statement("ROLLBACK").run());
+        // There is nobody left to tell of a failure. rollBackAbandoned() sees to what stays open.
+        try {
+            static_cast<void>(database_->statement("ROLLBACK").run());
+        } catch (const std::bad_alloc&) {
+            return;
+        }
     }
+}
+
+Result<void> Transaction::rollBackAbandoned(Database& database) {
+    return database.isInTransaction() ? database.statement("ROLLBACK").run() : Result<void>();
 }
 
 bool Transaction::isOpen() const {

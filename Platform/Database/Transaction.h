@@ -15,6 +15,9 @@ public:
     enum class Kind { reading, writing };
 
     static Result<Transaction> begin(Database& database, Kind kind);
+    /// Rolls back what an earlier transaction left open because its own rollback failed; otherwise it would
+    /// swallow all that follows. Only while no transaction lives on the connection.
+    static Result<void> rollBackAbandoned(Database& database);
     ~Transaction();
     Transaction(Transaction&& other) noexcept;
     Transaction(const Transaction&) = delete;

@@ -86,24 +86,47 @@ Result<void> checkIntegrity(Database& database, const std::filesystem::path& fil
     return result ? Result<void>(openError(OpenFailure::damaged, file, "The settings are damaged.")) : result;
 }
 
+/// What a file says of itself.
+struct Header {
+    std::int64_t version = 0;
+    std::int64_t owner = 0;
+    std::int64_t tables = 0;
+
+    static Result<Header> read(Database& database) {
+        const Result<std::int64_t> version = database.integer("PRAGMA user_version");
+        const Result<std::int64_t> owner = database.integer("PRAGMA application_id");
+        const Result<std::int64_t> tables = database.integer("SELECT count(*) FROM sqlite_schema");
+        for (const auto* read : {&version, &owner, &tables}) {
+            if (!*read) {
+                return read->error();
+            }
+        }
+        return Header{version.value(), owner.value(), tables.value()};
+    }
+    bool isCurrent() const { return owner == applicationID && version == newestVersion; }
+    bool isNew() const { return version == 0 && owner == 0 && tables == 0; }
+};
+
 Result<void> migrate(Database& database, const std::filesystem::path& file) {
+    // Only a file that has to be changed needs the write lock, which another process may hold for long.
+    if (const Result<Header> header = Header::read(database); !header) {
+        return header.error();
+    } else if (header.value().isCurrent()) {
+        return {};
+    }
     Result<Transaction> transaction = Transaction::begin(database, Transaction::Kind::writing);
     if (!transaction) {
         return transaction.error();
     }
-    const Result<std::int64_t> version = database.integer("PRAGMA user_version");
-    const Result<std::int64_t> owner = database.integer("PRAGMA application_id");
-    const Result<std::int64_t> tables = database.integer("SELECT count(*) FROM sqlite_schema");
-    for (const auto* read : {&version, &owner, &tables}) {
-        if (!*read) {
-            return read->error();
-        }
+    const Result<Header> header = Header::read(database);
+    if (!header) {
+        return header.error();
     }
-    const bool isNew = version.value() == 0 && owner.value() == 0 && tables.value() == 0;
-    if (!isNew && owner.value() != applicationID) {
+    const bool isNew = header.value().isNew();
+    if (!isNew && header.value().owner != applicationID) {
         return openError(OpenFailure::somethingElse, file, "The file holds something else than settings.");
     }
-    if (version.value() > newestVersion) {
+    if (header.value().version > newestVersion) {
         return openError(OpenFailure::madeByNewerVersion, file,
                          "The settings were written by a newer version.");
     }
@@ -165,6 +188,9 @@ struct SqliteUserDefaults::State {
     Result<void> writeUnsaved() {
         if (unsaved.empty()) {
             return {};
+        }
+        if (Result<void> ended = Transaction::rollBackAbandoned(database); !ended) {
+            return ended;
         }
         Result<Transaction> transaction = Transaction::begin(database, Transaction::Kind::writing);
         if (!transaction) {

@@ -19,8 +19,8 @@ class PersistentStoreCoordinator;
 /// be opened or migrated end the program while the controller is made.
 class DataController {
 public:
-    /// Opens the store on the default-priority queue and waits for it; must not run on that queue's threads
-    /// while the queue is serial.
+    /// Opens the store on the default-priority queue and waits for it. Making one in that queue's own work is
+    /// a fatal error.
     explicit DataController(IApplication& application);
     ~DataController();
     DataController(const DataController&) = delete;

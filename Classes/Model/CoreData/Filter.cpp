@@ -1,7 +1,9 @@
 #include "Classes/Model/CoreData/Filter.h"
 
+#include "Classes/Support/Localization.h"
 #include "Platform/Foundation/FatalError.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <string_view>
 #include <utility>
@@ -55,7 +57,7 @@ std::optional<std::size_t> rowOf(IndexPath indexPath, std::size_t count) {
 
 Filter::Filter(Localizer localizer) : localizer_(std::move(localizer)) {
     if (!localizer_) {
-        localizer_ = [](std::string_view key) { return std::string(key); };
+        localizer_ = [](std::string_view key) { return Localize(PlatformServices::standard(), key); };
     }
 }
 
@@ -110,6 +112,21 @@ std::optional<std::string> Filter::text(IndexPath indexPath) const {
         return std::nullopt;
     }
     return options->localized ? localizer_(keys[*row]) : keys[*row];
+}
+
+std::vector<std::string> Filter::texts(int section) const {
+    if (section == favoriteSection) {
+        return {localizer_("FAVORITE_STARRED")};
+    }
+    const FilterSection* const options = this->section(section);
+    if (options == nullptr) {
+        return {};
+    }
+    std::vector<std::string> texts = localizedOrderedKeys(options->dict, localizer_);
+    if (options->localized) {
+        std::transform(texts.begin(), texts.end(), texts.begin(), localizer_);
+    }
+    return texts;
 }
 
 void Filter::updateSelected(IndexPath indexPath) {

@@ -20,7 +20,8 @@ namespace teralune {
 /// as they are.
 class Filter {
 public:
-    /// The localizer gives the texts of the library's string table; without one keys are their own texts.
+    /// The localizer gives the texts of the library's string table; without one they come from the process's
+    /// own platform services.
     explicit Filter(Localizer localizer = {});
 
     bool filterFavorites = false;
@@ -33,8 +34,11 @@ public:
     int numberOfRows(int section) const;
     /// The header of a section; absent for one that has no options and for any that does not exist.
     std::optional<std::string> text(int section) const;
-    /// The text of a row; absent where there is none.
+    /// The text of a row; absent where there is none. Puts the whole section in order for it: a table asks
+    /// texts() instead.
     std::optional<std::string> text(IndexPath indexPath) const;
+    /// The texts of all rows of a section.
+    std::vector<std::string> texts(int section) const;
     /// Chooses a row; choosing it again changes nothing. A row beyond the section's options is a fatal error.
     void updateSelected(IndexPath indexPath);
     std::vector<IndexPath> allSelected() const;

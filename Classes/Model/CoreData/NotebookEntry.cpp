@@ -13,9 +13,10 @@
 namespace teralune {
 namespace {
 
-void recordAndPrint(const Error& error, ObjectContext& context, CrashReporterType& crashReporter) {
+void recordAndPrint(const Error& error, ObjectContext& context, CrashReporterType& crashReporter,
+                    const std::string& message = "Could not update notebook entry: ") {
     crashReporter.recordError(error);
-    context.printer().print("Could not update notebook entry: " + error.localizedDescription);
+    context.printer().print(message + error.localizedDescription);
 }
 
 template<class Value, class Read>
@@ -83,6 +84,17 @@ const std::vector<std::string>& NotebookEntry::tagStrings() const {
     return changedTags_ != nullptr ? *changedTags_ : list_->details(place_).tagStrings;
 }
 
+Result<std::vector<std::string>> NotebookEntry::readTagStrings() const {
+    if (changedTags_ != nullptr) {
+        return *changedTags_;
+    }
+    const Result<const NotebookEntryBatch::Details*> details = list_->readDetails(place_);
+    if (!details) {
+        return details.error();
+    }
+    return details.value()->tagStrings;
+}
+
 std::optional<std::string> NotebookEntry::stepsData() const {
     return readSteps<std::string>(*list_, place_, "SELECT stepsData FROM steps WHERE entryID = ?",
                                   [](Statement& row) { return row.optionalString(0); });
@@ -104,7 +116,7 @@ void NotebookEntry::setTags(const std::optional<std::vector<std::string>>& tags,
     if (!tags) {
         return;
     }
-    std::vector<std::string> changed = tagStrings();
+    const Result<std::vector<std::string>> before = readTagStrings();
     NotebookTagLinks::Outcome outcome;
     Result<void> saved;
     if (const std::optional<std::int64_t> row = rowID()) {
@@ -115,28 +127,28 @@ void NotebookEntry::setTags(const std::optional<std::vector<std::string>>& tags,
         std::erase(outcome.borne, std::string());
     }
     for (const NotebookTagLinks::Outcome::Failure& failure : outcome.failures) {
-        crashReporter.recordError(failure.error);
-        context.printer().print("Could not fetch existing notebook entry tags for '" + failure.tag +
-                                "': " + failure.error.localizedDescription);
+        recordAndPrint(failure.error, context, crashReporter,
+                       "Could not fetch existing notebook entry tags for '" + failure.tag + "': ");
     }
     if (!saved) {
         recordAndPrint(saved.error(), context, crashReporter);
         return;
     }
-    for (std::string& tag : outcome.borne) {
-        if (std::find(changed.begin(), changed.end(), tag) == changed.end()) {
-            changed.push_back(std::move(tag));
+    // Tags that could not be read before are read with the change when they are next asked for.
+    if (before) {
+        std::vector<std::string> changed = before.value();
+        for (std::string& tag : outcome.borne) {
+            if (std::find(changed.begin(), changed.end(), tag) == changed.end()) {
+                changed.push_back(std::move(tag));
+            }
         }
+        changedTags_ = std::make_shared<const std::vector<std::string>>(std::move(changed));
     }
-    changedTags_ = std::make_shared<const std::vector<std::string>>(std::move(changed));
 }
 
 void NotebookEntry::removeTags(const std::vector<std::string>& tags, ObjectContext& context,
                                CrashReporterType& crashReporter) {
-    std::vector<std::string> changed = tagStrings();
-    for (const std::string& tag : tags) {
-        std::erase(changed, tag);
-    }
+    const Result<std::vector<std::string>> before = readTagStrings();
     if (const std::optional<std::int64_t> row = rowID()) {
         const Result<void> saved = context.performAndWait(
             [&](Database& database) { return NotebookTagLinks(database).remove(*row, tags); });
@@ -145,7 +157,13 @@ void NotebookEntry::removeTags(const std::vector<std::string>& tags, ObjectConte
             return;
         }
     }
-    changedTags_ = std::make_shared<const std::vector<std::string>>(std::move(changed));
+    if (before) {
+        std::vector<std::string> changed = before.value();
+        for (const std::string& tag : tags) {
+            std::erase(changed, tag);
+        }
+        changedTags_ = std::make_shared<const std::vector<std::string>>(std::move(changed));
+    }
 }
 
 void NotebookEntry::setNotes(const std::string& notes, ObjectContext& context,

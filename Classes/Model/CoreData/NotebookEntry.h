@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Foundation/Date.h"
+#include "Platform/Foundation/Result.h"
 
 #include <cstddef>
 #include <memory>
@@ -42,8 +43,9 @@ struct NotebookEntryValues {
 ///
 /// A list holds the identifier, the problem, the star and the remarks of each note. The other attributes are
 /// read from the store when one of them is first asked for, for all notes of that list in one go; those of a
-/// note that was deleted meanwhile are absent. Each operation that changes the store changes this value and
-/// none of its copies.
+/// note that was deleted meanwhile are absent. While they can't be read they are absent too, and each
+/// question tries again; the first failure is recorded and printed. Each operation that changes the store
+/// changes this value and none of its copies.
 class NotebookEntry {
 public:
     static constexpr std::string_view EntityName = "NotebookEntry";
@@ -75,6 +77,9 @@ public:
     const std::optional<std::string>& url() const;
     /// In no particular order.
     const std::vector<std::string>& tagStrings() const;
+    /// The same for those who pass the tags on: a server that is sent the tags of a failed read would forget
+    /// those it has.
+    Result<std::vector<std::string>> readTagStrings() const;
 
     /// The cached solution and when it was cached; read from the store at each call.
     std::optional<std::string> stepsData() const;

@@ -1,6 +1,7 @@
 #include "Classes/Model/CoreData/NotebookEntryBatch.h"
 
 #include "Classes/Model/CoreData/ObjectContext.h"
+#include "Classes/Model/CoreData/StoreError.h"
 #include "Platform/Database/Database.h"
 
 #include <utility>
@@ -31,7 +32,7 @@ std::string jsonArray(const std::vector<std::int64_t>& numbers) {
 
 NotebookEntryBatch::NotebookEntryBatch(Details details) {
     details_.push_back(std::move(details));
-    std::call_once(loaded_, [] {});
+    isLoaded_ = true;
 }
 
 NotebookEntryBatch::NotebookEntryBatch(std::weak_ptr<ObjectContext> context, FailureReporter onFailure)
@@ -40,12 +41,32 @@ NotebookEntryBatch::NotebookEntryBatch(std::weak_ptr<ObjectContext> context, Fai
 
 const NotebookEntryBatch::Details& NotebookEntryBatch::details(std::size_t place) const {
     static const Details none;
-    std::optional<Error> failure;
-    std::call_once(loaded_, [&] { failure = load(); });
-    if (failure) {
-        reportFailure(*failure);
+    const Result<const Details*> read = readDetails(place);
+    return read ? *read.value() : none;
+}
+
+Result<const NotebookEntryBatch::Details*> NotebookEntryBatch::readDetails(std::size_t place) const {
+    static const Details none;
+    if (!isLoaded_) {
+        const std::shared_ptr<ObjectContext> context = context_.lock();
+        if (context == nullptr) {
+            return storeError(StoreErrorCode::noStore, "No store is open.");
+        }
+        Result<std::vector<Details>> loaded = load(*context);
+        if (!loaded) {
+            if (!hasFailed_.exchange(true)) {
+                reportFailure(loaded.error());
+            }
+            return loaded.error();
+        }
+        // Of several threads that have read at once, the first is heard.
+        const std::lock_guard lock(publishing_);
+        if (!isLoaded_) {
+            details_ = std::move(loaded).value();
+            isLoaded_ = true;
+        }
     }
-    return place < details_.size() ? details_[place] : none;
+    return place < details_.size() ? &details_[place] : &none;
 }
 
 std::optional<std::int64_t> NotebookEntryBatch::rowID(std::size_t place) const {
@@ -61,18 +82,15 @@ void NotebookEntryBatch::reportFailure(const Error& error) const {
     }
 }
 
-std::optional<Error> NotebookEntryBatch::load() const {
-    const std::shared_ptr<ObjectContext> context = context_.lock();
-    if (context == nullptr) {
-        return std::nullopt;
-    }
-    const Result<void> read = context->fetchAndWait([this](Database& database) -> Result<void> {
-        details_.resize(rowIDs_.size());
+Result<std::vector<NotebookEntryBatch::Details>> NotebookEntryBatch::load(ObjectContext& context) const {
+    std::vector<Details> loaded;
+    const Result<void> read = context.fetchAndWait([&](Database& database) -> Result<void> {
+        loaded.resize(rowIDs_.size());
         const std::string places = jsonArray(rowIDs_);
         Statement query = database.statement(detailsQuery);
         query.bindAll(places);
         while (query.nextRow()) {
-            Details& details = details_[static_cast<std::size_t>(query.integer(0))];
+            Details& details = loaded[static_cast<std::size_t>(query.integer(0))];
             if (const auto milliseconds = query.optionalInteger(1)) {
                 details.lastChange = Date(std::chrono::milliseconds(*milliseconds));
             }
@@ -87,11 +105,14 @@ std::optional<Error> NotebookEntryBatch::load() const {
         Statement tags = database.statement(tagsQuery);
         tags.bindAll(places);
         while (tags.nextRow()) {
-            details_[static_cast<std::size_t>(tags.integer(0))].tagStrings.emplace_back(tags.text(1));
+            loaded[static_cast<std::size_t>(tags.integer(0))].tagStrings.emplace_back(tags.text(1));
         }
         return tags.result();
     });
-    return read ? std::nullopt : std::optional(read.error());
+    if (!read) {
+        return read.error();
+    }
+    return loaded;
 }
 
 } // namespace teralune

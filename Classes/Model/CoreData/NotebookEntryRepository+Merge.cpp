@@ -167,8 +167,7 @@ void NotebookEntryRepository::insertNotebookEntries(const boost::json::array& en
             removeDeleted(plan);
         }
     } catch (const std::bad_alloc&) {
-        recordAndPrint("Could not insert notebook entries: ",
-                       storeError(StoreErrorCode::outOfMemory, "There is not enough memory."));
+        recordAndPrint("Could not insert notebook entries: ", outOfMemoryError());
     }
     print("Completed refreshing entries in database.");
 }

@@ -12,7 +12,8 @@
 namespace teralune {
 namespace {
 
-constexpr std::string_view couldNotFetchEntries = "Could not fetch notebook entries: ";
+constexpr std::string_view distinctTags =
+    "SELECT DISTINCT tagText FROM tags WHERE tagText IS NOT NULL ORDER BY tagText";
 
 /// Fills the temporary table that a compiled predicate reads its lists from. It belongs to the connection and
 /// lives in memory.
@@ -140,13 +141,11 @@ std::vector<std::string> NotebookEntryRepository::distinctTexts(std::string_view
 }
 
 std::vector<std::string> NotebookEntryRepository::allTagStrings() const {
-    return distinctTexts("SELECT DISTINCT tagText FROM tags WHERE tagText IS NOT NULL ORDER BY tagText",
-                         "Could not fetch entry tags: ");
+    return distinctTexts(distinctTags, "Could not fetch entry tags: ");
 }
 
 std::vector<std::string> NotebookEntryRepository::allTags() const {
-    return distinctTexts("SELECT DISTINCT tagText FROM tags WHERE tagText IS NOT NULL ORDER BY tagText",
-                         couldNotFetchEntries);
+    return distinctTexts(distinctTags, couldNotFetchEntries);
 }
 
 std::vector<std::string> NotebookEntryRepository::allTopics() const {

@@ -22,7 +22,7 @@ std::optional<std::string> NotebookEntryRepository::nextEntryToCache() const {
         return newest.result();
     });
     if (!read) {
-        recordAndPrint("Could not fetch notebook entries: ", read.error());
+        recordAndPrint(couldNotFetchEntries, read.error());
         return std::nullopt;
     }
     return problem;

@@ -82,19 +82,25 @@ void NotebookEntryRepository::removeNotes(const std::vector<NotebookEntry>& note
     }
 }
 
-void NotebookEntryRepository::deleteAll(std::string_view entityName, std::string_view script) {
+bool NotebookEntryRepository::deleteAll(std::string_view entityName, std::string_view script) {
     const Result<void> saved =
         managedObjectContext_->performAndWait([&](Database& database) { return database.execute(script); });
     if (!saved) {
         recordAndPrint("Could not delete all " + std::string(entityName) + ": ", saved.error());
     }
+    return saved.succeeded();
 }
 
 void NotebookEntryRepository::clear() {
     // What refers to the rows goes first, so that no row has to be looked for one by one.
-    deleteAll(NotebookEntry::EntityName, "DELETE FROM links; DELETE FROM steps; DELETE FROM entries");
-    deleteAll(NotebookEntryTag::EntityName, "DELETE FROM links; DELETE FROM tags");
-    // The user who signs out leaves nothing in the file's free pages.
+    const bool hasNoEntries =
+        deleteAll(NotebookEntry::EntityName, "DELETE FROM links; DELETE FROM steps; DELETE FROM entries");
+    const bool hasNoTags = deleteAll(NotebookEntryTag::EntityName, "DELETE FROM links; DELETE FROM tags");
+    if (!hasNoEntries || !hasNoTags) {
+        return;
+    }
+    // The user who signs out leaves nothing in the file's free pages. Of an empty store there is nothing to
+    // copy, however large its file.
     if (const Result<void> compacted = managedObjectContext_->compact(); !compacted) {
         recordAndPrint("Could not compact the notebook store: ", compacted.error());
     }

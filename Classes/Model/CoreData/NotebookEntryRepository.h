@@ -55,6 +55,7 @@ public:
 
 private:
     enum class Counted { entries, entriesWithSteps };
+    static constexpr std::string_view couldNotFetchEntries = "Could not fetch notebook entries: ";
 
     void print(std::string_view line) const;
     void recordAndPrint(std::string_view message, const Error& error) const;
@@ -62,7 +63,7 @@ private:
     MergePlan readRecords(const boost::json::array& entries) const;
     bool addAndUpdate(MergePlan& plan);
     void removeDeleted(const MergePlan& plan);
-    void deleteAll(std::string_view entityName, std::string_view script);
+    bool deleteAll(std::string_view entityName, std::string_view script);
     std::int64_t count(Counted counted) const;
     std::vector<std::string> distinctTexts(std::string_view sql, std::string_view message) const;
 

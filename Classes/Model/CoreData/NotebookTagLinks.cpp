@@ -28,10 +28,10 @@ Result<void> NotebookTagLinks::add(std::int64_t entryID, const std::vector<std::
             tagID = find.integer(0);
         }
         if (Result<void> found = find.result(); !found) {
-            outcome.failures.push_back({tag, found.error()});
             if (!database_.isInTransaction()) {
                 return found;
             }
+            outcome.failures.push_back({tag, found.error()});
             continue;
         }
         if (!tagID) {

@@ -27,7 +27,8 @@ public:
 
     explicit NotebookTagLinks(Database& database) : database_(database) {}
 
-    /// Shares a tag that exists and makes one that does not. A note that was deleted gets none.
+    /// Shares a tag that exists and makes one that does not. A note that was deleted gets none. A look-up
+    /// whose failure ends the transaction is the failure of the whole, and no failure of the tag.
     Result<void> add(std::int64_t entryID, const std::vector<std::string>& tags, Outcome& outcome);
     Result<void> remove(std::int64_t entryID, const std::vector<std::string>& tags);
 

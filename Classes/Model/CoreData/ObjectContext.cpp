@@ -11,24 +11,43 @@
 namespace teralune {
 namespace {
 
-Result<void> runInTransaction(Database* database, Transaction::Kind kind,
+class Nesting {
+public:
+    explicit Nesting(int& depth) : depth_(depth) { ++depth_; }
+    ~Nesting() { --depth_; }
+    Nesting(const Nesting&) = delete;
+    Nesting& operator=(const Nesting&) = delete;
+
+private:
+    int& depth_;
+};
+
+/// Whether a block is inside another is counted, not asked of the connection: that is also in a transaction
+/// when an earlier rollback failed, and nothing would ever commit what is then done.
+Result<void> runInTransaction(Database* database, Transaction::Kind kind, int& depth,
                               const ObjectContext::Block& block) try {
     if (database == nullptr) {
         return storeError(StoreErrorCode::noStore, "No store is open.");
     }
-    if (database->isInTransaction()) {
-        return block(*database);
+    if (depth > 0) {
+        return database->isInTransaction()
+                   ? block(*database)
+                   : storeError(StoreErrorCode::transactionLost, "The transaction was rolled back.");
+    }
+    if (Result<void> ended = Transaction::rollBackAbandoned(*database); !ended) {
+        return ended;
     }
     Result<Transaction> transaction = Transaction::begin(*database, kind);
     if (!transaction) {
         return transaction.error();
     }
+    const Nesting nesting(depth);
     if (Result<void> done = block(*database); !done) {
         return done;
     }
     return transaction.value().commit();
 } catch (const std::bad_alloc&) {
-    return storeError(StoreErrorCode::outOfMemory, "There is not enough memory.");
+    return outOfMemoryError();
 }
 
 } // namespace
@@ -39,24 +58,35 @@ ObjectContext::ObjectContext(std::shared_ptr<PersistentStoreCoordinator> coordin
     , printer_(std::move(printer)) {}
 
 Result<void> ObjectContext::performAndWait(const Block& block) {
-    const std::scoped_lock lock(writing_);
-    return runInTransaction(coordinator_->writer(), Transaction::Kind::writing, block);
+    const std::scoped_lock lock(writing_.mutex);
+    return runInTransaction(coordinator_->writer(), Transaction::Kind::writing, writing_.depth, block);
 }
 
 Result<void> ObjectContext::fetchAndWait(const Block& block) {
     // Where there is no separate reader the writer's lock is the one that counts.
     const bool hasReader = coordinator_->reader() != coordinator_->writer();
-    const std::scoped_lock lock(hasReader ? reading_ : writing_);
-    return runInTransaction(coordinator_->reader(), Transaction::Kind::reading, block);
+    Lane& lane = hasReader ? reading_ : writing_;
+    const std::scoped_lock lock(lane.mutex);
+    return runInTransaction(coordinator_->reader(), Transaction::Kind::reading, lane.depth, block);
 }
 
-Result<void> ObjectContext::compact() {
-    const std::scoped_lock lock(writing_, reading_);
+Result<void> ObjectContext::compact() try {
+    const std::scoped_lock lock(writing_.mutex, reading_.mutex);
     Database* const writer = coordinator_->writer();
     if (writer == nullptr) {
         return storeError(StoreErrorCode::noStore, "No store is open.");
     }
-    return writer->execute("VACUUM; PRAGMA wal_checkpoint(TRUNCATE)");
+    if (Result<void> vacuumed = writer->execute("VACUUM"); !vacuumed) {
+        return vacuumed;
+    }
+    // A checkpoint that has to leave the log as it is says so in its row, not by an error.
+    Statement checkpoint = writer->statement("PRAGMA wal_checkpoint(TRUNCATE)", Database::Reuse::once);
+    if (checkpoint.nextRow() && checkpoint.integer(0) != 0) {
+        return storeError(StoreErrorCode::storeInUse, "The store is in use.");
+    }
+    return checkpoint.result();
+} catch (const std::bad_alloc&) {
+    return outOfMemoryError();
 }
 
 } // namespace teralune

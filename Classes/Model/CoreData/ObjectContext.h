@@ -22,23 +22,29 @@ public:
 
     /// Runs the block with the writing connection, one block after the other, and saves what it did as one
     /// transaction when it succeeds; a failure leaves the store as it was. A block inside a block of the same
-    /// thread belongs to the outer one's transaction.
+    /// thread belongs to the outer one's transaction, and fails when that is gone.
     Result<void> performAndWait(const Block& block);
     /// Runs a block that only reads, on the last saved state, which stays the same throughout the block. Does
     /// not wait for performAndWait() of other threads. The block calls nothing of this context.
     Result<void> fetchAndWait(const Block& block);
-    /// Gives the space of deleted rows back to the file system, and with it what they held. Only worth its
-    /// while when the store is nearly empty.
+    /// Gives the space of deleted rows back to the file system, and with it what they held. Copies every row
+    /// that is left, so it is for a store that has just been emptied. Fails while another process reads.
     Result<void> compact();
 
     /// Where the operations of entries print their failures.
     Printer& printer() const { return *printer_; }
 
 private:
+    /// The lock of one connection, and how many blocks its holder is in.
+    struct Lane {
+        std::recursive_mutex mutex;
+        int depth = 0;
+    };
+
     std::shared_ptr<PersistentStoreCoordinator> coordinator_;
     std::shared_ptr<Printer> printer_;
-    std::recursive_mutex writing_;
-    std::recursive_mutex reading_;
+    Lane writing_;
+    Lane reading_;
 };
 
 } // namespace teralune

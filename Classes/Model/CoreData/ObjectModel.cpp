@@ -5,7 +5,7 @@
 #include "Platform/Database/Transaction.h"
 
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <utility>
 
 namespace teralune {
@@ -17,16 +17,25 @@ Result<ObjectModel> ObjectModel::load(const std::filesystem::path& folder) {
     for (std::int64_t version = 1; version <= currentVersion; ++version) {
         const std::filesystem::path file = folder / ("Version" + std::to_string(version) + ".sql");
         std::ifstream stream(file, std::ios::binary);
-        std::string script((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
-        if (stream.bad() || script.empty()) {
+        // Copied by the stream's own operator, which turns a failing read into the stream's state; so does an
+        // empty file.
+        std::ostringstream script;
+        script << stream.rdbuf();
+        if (!stream || !script) {
             return storeError(StoreErrorCode::unreadableModel, "can't read " + file.string());
         }
-        scripts.push_back(std::move(script));
+        scripts.push_back(script.str());
     }
     return ObjectModel(std::move(scripts));
 }
 
 Result<void> ObjectModel::migrate(Database& store) const {
+    // A store that is current already is opened without the write lock, which another process may hold for
+    // long.
+    if (const Result<std::int64_t> found = store.integer("PRAGMA user_version");
+        found && found.value() == currentVersion) {
+        return {};
+    }
     Result<Transaction> transaction = Transaction::begin(store, Transaction::Kind::writing);
     if (!transaction) {
         return transaction.error();

@@ -23,7 +23,7 @@ public:
 
     /// Brings a store to the current version, an empty file included, in one transaction: a store is at its
     /// old version or at the new one, never between. Fails for a newer store and for a foreign file, which
-    /// then are as they were.
+    /// then are as they were. A store that is current is only read.
     Result<void> migrate(Database& store) const;
 
 private:

@@ -5,7 +5,11 @@
 namespace teralune {
 
 Error storeError(StoreErrorCode code, std::string description) {
-    return {"NotebookStoreErrorDomain", static_cast<std::int64_t>(code), std::move(description), {}};
+    return {"NotebookStore", static_cast<std::int64_t>(code), std::move(description), {}};
+}
+
+Error outOfMemoryError() noexcept {
+    return storeError(StoreErrorCode::outOfMemory, "Out of memory.");
 }
 
 } // namespace teralune

@@ -15,9 +15,13 @@ enum class StoreErrorCode : std::int64_t {
     noStore,
     noDocumentsDirectory,
     outOfMemory,
+    transactionLost,
+    storeInUse,
 };
 
-/// An error of the domain "NotebookStoreErrorDomain".
+/// An error of the domain "NotebookStore".
 Error storeError(StoreErrorCode code, std::string description);
+/// Takes no memory of its own: its texts are short enough to lie within the strings.
+Error outOfMemoryError() noexcept;
 
 } // namespace teralune

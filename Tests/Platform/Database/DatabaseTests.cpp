@@ -1,12 +1,16 @@
 #include "Platform/Database/Database.h"
 #include "Platform/Database/DatabaseError.h"
+#include "Platform/Database/PrivateFile.h"
 #include "Platform/Database/Transaction.h"
+#include "Platform/Defaults/SqliteUserDefaults.h"
 #include "Tests/Support/TemporaryFolder.h"
 
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <string>
+#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -138,6 +142,30 @@ TEST_F(DatabaseTests, only_the_owner_can_read_the_file_and_its_companions) {
     const auto fresh = folder_ / "fresh" / "folders" / "store.sqlite";
     ASSERT_TRUE(Database::open({.file = fresh}));
     EXPECT_EQ(std::filesystem::status(fresh.parent_path()).permissions(), perms::owner_all);
+}
+
+TEST_F(DatabaseTests, making_a_file_private_keeps_the_locks_that_the_process_holds_on_it) {
+    ASSERT_TRUE(makePrivateFile(file_));
+    std::filesystem::permissions(file_, perms::owner_all);
+    const int holder = ::open(file_.c_str(), O_RDWR | O_CLOEXEC);
+    struct flock lock {};
+    lock.l_type = F_WRLCK;
+    ASSERT_EQ(fcntl(holder, F_SETLK, &lock), 0);
+    ASSERT_TRUE(makePrivateFile(file_));
+    EXPECT_EQ(std::filesystem::status(file_).permissions(), perms::owner_read | perms::owner_write);
+    const int stranger = ::open(file_.c_str(), O_RDWR | O_CLOEXEC);
+    EXPECT_EQ(fcntl(stranger, F_OFD_GETLK, &lock), 0);
+    EXPECT_EQ(lock.l_type, F_WRLCK);
+    ::close(stranger);
+    ::close(holder);
+}
+
+TEST_F(DatabaseTests, settings_that_are_up_to_date_open_while_another_process_writes) {
+    ASSERT_TRUE(SqliteUserDefaults::open(file_));
+    Database other = opened();
+    const Result<Transaction> lock = Transaction::begin(other, Transaction::Kind::writing);
+    ASSERT_TRUE(lock);
+    EXPECT_TRUE(SqliteUserDefaults::open(file_));
 }
 
 TEST_F(DatabaseTests, what_is_no_database_can_not_be_opened) {

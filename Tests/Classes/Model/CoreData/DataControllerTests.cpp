@@ -2,6 +2,7 @@
 
 #include "Classes/Model/CoreData/ObjectModel.h"
 #include "Classes/Model/CoreData/PersistentStoreCoordinator.h"
+#include "Platform/Database/Transaction.h"
 #include "Platform/Foundation/Bundle.h"
 
 namespace teralune {
@@ -31,6 +32,38 @@ TEST_F(DataControllerTests, notes_survive_the_process_and_a_sign_out_leaves_none
         const std::string contents(std::istreambuf_iterator<char>(stream), {});
         EXPECT_EQ(contents.find("secret problem"), std::string::npos);
     }
+}
+
+TEST_F(DataControllerTests, a_store_that_is_up_to_date_opens_while_another_process_writes) {
+    Database other = std::move(Database::open({.file = file})).value();
+    const Result<Transaction> lock = Transaction::begin(other, Transaction::Kind::writing);
+    ASSERT_TRUE(lock);
+    reopen();
+    EXPECT_EQ(repository().noteCount(), 0);
+}
+
+TEST_F(DataControllerTests, a_sign_out_compacts_only_what_it_has_emptied) {
+    merge(R"([{"_id":"1","problem":"p","savedFrom":"Solutions","lastChange":"","date":""}])");
+    repository().updateProblemWithSteps("p", std::string(100'000, 's'));
+    execute("DELETE FROM steps; ALTER TABLE entries RENAME TO elsewhere");
+    const std::int64_t freePages = number("PRAGMA freelist_count");
+    ASSERT_GT(freePages, 0);
+    controller->logout();
+    EXPECT_EQ(application.recordingCrashReporter.takeErrors().size(), 1U);
+    EXPECT_GE(number("PRAGMA freelist_count"), freePages);
+
+    execute("ALTER TABLE elsewhere RENAME TO entries; PRAGMA busy_timeout = 0");
+    {
+        Database other =
+            std::move(Database::open({.file = file, .access = Database::Access::readOnly})).value();
+        const Result<Transaction> reading = Transaction::begin(other, Transaction::Kind::reading);
+        ASSERT_EQ(other.integer("SELECT count(*) FROM entries").value(), 1);
+        controller->logout();
+        EXPECT_TRUE(printed("Could not compact the notebook store: The store is in use."));
+        EXPECT_EQ(application.recordingCrashReporter.takeErrors().size(), 1U);
+    }
+    controller->logout();
+    EXPECT_EQ(number("PRAGMA freelist_count"), 0);
 }
 
 TEST_F(DataControllerTests, storage_is_the_size_of_the_store_file) {
@@ -88,6 +121,9 @@ TEST_F(DataControllerTests, the_library_does_not_run_without_its_store) {
     PlatformServices& services = without.fakePlatform.services;
     services.libraryBundle = std::make_shared<Bundle>(resources.path(), services.userDefaults);
     EXPECT_DEATH(DataController{without}, "Error loading model from bundle");
+    std::filesystem::create_directories(resources.path() / "DataModel.momd/Version1.sql");
+    EXPECT_DEATH(DataController{without}, "Error initializing mom from: .*DataModel.momd");
+    std::filesystem::remove(resources.path() / "DataModel.momd/Version1.sql");
     resources.write("DataModel.momd/Version1.sql", "CREATE TABLE NotebookEntry(id)");
     EXPECT_DEATH(DataController{without}, "Error initializing mom from: .*DataModel.momd");
     resources.write("DataModel.momd/Version2.sql", "CREATE TABLE NotebookEntry(id)");

@@ -1,8 +1,10 @@
 #include "Classes/Model/CoreData/Filter.h"
+#include "Tests/Support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 #include <optional>
 #include <set>
+#include <stdlib.h>
 #include <string>
 #include <vector>
 
@@ -44,6 +46,7 @@ TEST(FilterTests, rows_stand_in_the_order_of_their_localized_texts) {
             texts.push_back(filter.text(IndexPath{section, row}).value());
         }
         EXPECT_EQ(texts, expected[static_cast<std::size_t>(section)]) << section;
+        EXPECT_EQ(filter.texts(section), texts) << section;
     }
     EXPECT_EQ(filter.text(IndexPath{2, 2}), std::nullopt);
     EXPECT_EQ(filter.text(IndexPath{4, 0}), std::nullopt);
@@ -56,7 +59,7 @@ TEST(FilterTests, a_section_without_options_has_no_header) {
                                                         std::nullopt, std::nullopt};
     for (int section = 0; section < 5; ++section) {
         EXPECT_EQ(fullFilter().text(section), full[static_cast<std::size_t>(section)]);
-        EXPECT_EQ(Filter().text(section), empty[static_cast<std::size_t>(section)]);
+        EXPECT_EQ(Filter(localize).text(section), empty[static_cast<std::size_t>(section)]);
     }
 }
 
@@ -100,6 +103,13 @@ TEST(FilterTests, descriptions_are_equal_exactly_when_the_choices_are) {
                                           with(false, {}, {{"a\", \"b", true}}),
                                           with(false, {}, {{"a, b", true}})};
     EXPECT_EQ(different.size(), 7U);
+}
+
+TEST(FilterTests, a_filter_that_is_given_no_texts_has_those_of_the_process) {
+    const TemporaryFolder settings;
+    setenv("XDG_DATA_HOME", settings.path().c_str(), 1);
+    EXPECT_NE(Filter().text(1), "FILTER_BY_FAVORITE");
+    EXPECT_NE(Filter().text(1), "");
 }
 
 } // namespace

@@ -169,6 +169,21 @@ TEST_P(MergePlanTests, plans_what_differs_and_nothing_else) {
 
 INSTANTIATE_TEST_SUITE_P(Lists, MergePlanTests, testing::ValuesIn(cases));
 
+TEST(MergePlanTests, a_list_that_names_one_note_over_and_over_costs_no_more_than_any_other) {
+    constexpr int count = 100'000;
+    boost::json::array list;
+    for (int number = 0; number < count; ++number) {
+        list.push_back({{"_id", "a"}, {"tags", boost::json::array{std::to_string(number), "shared"}}});
+    }
+    MergePlan plan;
+    for (const boost::json::value& element : list) {
+        plan.add(NotebookEntryRecord::read(element), std::nullopt);
+    }
+    plan.endList();
+    ASSERT_EQ(plan.notes().size(), 1U);
+    EXPECT_EQ(plan.notes()[0].tags.size(), count + 1U);
+}
+
 TEST(NotebookEntryRecordTests, a_member_of_another_type_is_absent) {
     struct {
         const char* json;

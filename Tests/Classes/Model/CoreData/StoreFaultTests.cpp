@@ -1,7 +1,12 @@
 #include "Tests/Classes/Model/CoreData/StoreFixture.h"
 
+#include "Classes/Model/CoreData/NotebookTagLinks.h"
+#include "Classes/Model/CoreData/PersistentStoreCoordinator.h"
+#include "Classes/Model/CoreData/StoreError.h"
 #include "Platform/Database/DatabaseError.h"
 #include "Platform/Database/Transaction.h"
+#include "Platform/Foundation/Printer.h"
+#include "Tests/Classes/Model/CoreData/FailingAllocations.h"
 
 #include <atomic>
 #include <thread>
@@ -94,6 +99,123 @@ TEST_F(StoreFaultTests, every_operation_on_a_broken_store_gives_its_empty_result
     listed.setTags(std::vector<std::string>{"new"}, context, application.recordingCrashReporter);
     EXPECT_TRUE(printed("Could not fetch existing notebook entry tags for 'new': " +
                         application.recordingCrashReporter.takeErrors().at(0).error.localizedDescription));
+}
+
+TEST_F(StoreFaultTests, attributes_that_could_not_be_read_are_read_when_they_are_asked_for_again) {
+    merge(listOf(0, 2, ""));
+    const std::vector<NotebookEntry> listed = notes();
+    NotebookEntry changed = listed.at(0);
+    execute("ALTER TABLE tags RENAME COLUMN tagText TO renamed");
+    EXPECT_EQ(changed.tagStrings(), std::vector<std::string>());
+    EXPECT_EQ(changed.savedFrom(), std::nullopt) << "what was read before the failure is no answer";
+    EXPECT_FALSE(changed.readTagStrings());
+    EXPECT_EQ(application.recordingCrashReporter.takeErrors().size(), 1U) << "one fault is told once";
+    execute(
+        "ALTER TABLE tags RENAME COLUMN renamed TO tagText; ALTER TABLE entries RENAME COLUMN url TO web");
+    ObjectContext& context = controller->managedObjectContext();
+    changed.setTags(std::vector<std::string>{"new"}, context, application.recordingCrashReporter);
+    EXPECT_FALSE(changed.readTagStrings()) << "the tag that was added is not all there are";
+    execute("ALTER TABLE entries RENAME COLUMN web TO url");
+    EXPECT_EQ(changed.readTagStrings().value(), (std::vector<std::string>{"t1", "new"}));
+    EXPECT_EQ(listed.at(1).tagStrings(), std::vector<std::string>{"t0"});
+    const std::vector<NotebookEntry> late = notes();
+    controller.reset();
+    EXPECT_FALSE(late.at(0).readTagStrings());
+}
+
+/// Whether anything was printed while a change of the store was under way.
+class WatchingPrinter final : public Printer {
+public:
+    void print(std::string_view line) override {
+        lines.emplace_back(line);
+        wasInsideChange |= writer != nullptr && writer->isInTransaction();
+    }
+    std::vector<std::string> lines;
+    Database* writer = nullptr;
+    bool wasInsideChange = false;
+};
+
+TEST_F(StoreFaultTests, no_code_of_the_host_runs_inside_a_change) {
+    const auto printer = std::make_shared<WatchingPrinter>();
+    application.fakePlatform.services.printer = printer;
+    controller = nullptr;
+    controller = std::make_unique<DataController>(application);
+    printer->writer = controller->persistentStoreCoordinator().writer();
+    merge(listOf(0, 3, ""));
+    NotebookEntry changed = note("p0");
+    execute("CREATE TRIGGER refuses BEFORE DELETE ON entries BEGIN SELECT RAISE(FAIL, 'refused'); END");
+    printer->lines.clear();
+    merge(listOf(0, 2, ""));
+    EXPECT_EQ(printer->lines,
+              (std::vector<std::string>{"Got 2 notebook entries from server.", "Found 1 entries to delete.",
+                                        "refused", "Completed refreshing entries in database."}));
+    EXPECT_EQ(application.recordingCrashReporter.takeErrors().size(), 1U);
+    execute("ALTER TABLE tags RENAME COLUMN tagText TO renamed");
+    printer->lines.clear();
+    changed.setTags(std::vector<std::string>{"a", "b"}, controller->managedObjectContext(),
+                    application.recordingCrashReporter);
+    EXPECT_EQ(printer->lines.size(), 3U) << "the list's attributes, and each tag";
+    EXPECT_EQ(application.recordingCrashReporter.takeErrors().size(), 3U);
+    EXPECT_FALSE(printer->wasInsideChange);
+}
+
+TEST_F(StoreFaultTests, a_lost_transaction_fails_what_belonged_to_it_and_nothing_later) {
+    merge(listOf(0, 1, ""));
+    ObjectContext& context = controller->managedObjectContext();
+    const ObjectContext::Block insertsLate = [](Database& database) {
+        return database.execute("INSERT INTO entries(problem) VALUES ('late')");
+    };
+    Result<void> inner;
+    EXPECT_FALSE(context.performAndWait([&](Database& database) {
+        Result<void> rolledBack = database.execute("ROLLBACK");
+        inner = context.performAndWait(insertsLate);
+        return rolledBack;
+    }));
+    EXPECT_FALSE(inner);
+    EXPECT_EQ(number("SELECT count(*) FROM entries"), 1);
+
+    // As a rollback that failed leaves the connection.
+    Database& writer = *controller->persistentStoreCoordinator().writer();
+    ASSERT_TRUE(writer.execute("BEGIN; INSERT INTO entries(problem) VALUES ('given up')"));
+    EXPECT_TRUE(context.performAndWait(insertsLate));
+    EXPECT_EQ(number("SELECT count(*) FROM entries"), 2);
+    EXPECT_EQ(note("given up").problem(), std::nullopt);
+
+    ASSERT_TRUE(writer.execute("ALTER TABLE tags RENAME TO nowhere"));
+    NotebookTagLinks::Outcome outcome;
+    EXPECT_FALSE(NotebookTagLinks(writer).add(1, {"a", "b"}, outcome));
+    EXPECT_TRUE(outcome.failures.empty()) << "the change has one error, and it is told once";
+}
+
+TEST_F(StoreFaultTests, memory_that_runs_out_anywhere_is_an_error_and_leaves_the_store_whole) {
+    ObjectContext& context = controller->managedObjectContext();
+    std::int64_t stored = 0;
+    bool hasSucceeded = false;
+    for (int number = 0; !hasSucceeded; ++number) {
+        ASSERT_LT(number, 60) << "statements beyond those that are kept would take no memory";
+        // SQL of its own, so that the statement is prepared and finds no place among the kept ones.
+        const std::string sql =
+            "INSERT INTO entries(problem, remoteID) VALUES (?, " + std::to_string(number) + ")";
+        const ObjectContext::Block inserts = [&](Database& database) {
+            const std::string problem(100, 'p');
+            return database.statement(sql).bindAll(problem).run();
+        };
+        Result<void> saved;
+        bool hasFailed = false;
+        {
+            const FailingAllocations from(number);
+            saved = context.performAndWait(inserts);
+            hasFailed = from.haveFailed();
+        }
+        stored += saved ? 1 : 0;
+        if (!saved) {
+            EXPECT_EQ(saved.error(), outOfMemoryError());
+        }
+        hasSucceeded = saved && !hasFailed;
+        EXPECT_EQ(this->number("SELECT count(*) FROM entries"), stored);
+    }
+    EXPECT_GT(stored, 1) << "a statement for which there is no place is no failure";
+    expectWholeStore();
 }
 
 TEST_F(StoreFaultTests, another_process_that_holds_the_lock_does_not_stop_readers) {
