@@ -14,15 +14,11 @@ namespace {
 
 using namespace std::chrono_literals;
 using service::Fault;
-using service::ReceivedRequest;
-using testing::ElementsAre;
-using testing::Optional;
 using testing::SizeIs;
 using Phase = NotebookSynchronizationJob::Phase;
 
 constexpr auto limit = 30s;
 constexpr const char* listPath = "/api/notebookEntriesForMobileAll";
-constexpr const char* stepsPath = "/pub_api/steps";
 constexpr const char* email = "ada@teralune.example";
 
 /// The library with every service real, as the terminal's host wires it, and the service it talks to.
@@ -45,13 +41,8 @@ protected:
         application_ = std::move(CommandLineApplication::open(options).value());
     }
 
-    template<class Value>
-    Value waitFor(UniqueFunction<void(UniqueFunction<void(Value)>)> begin) {
-        return teralune::waitFor<Value>(*application_->mainQueue(), std::move(begin));
-    }
-
     void signUp(std::initializer_list<const char*> problems = {}) {
-        const auto reply = waitFor<SignInReply>([this](auto done) {
+        const auto reply = waitFor<SignInReply>(*application_->mainQueue(), [this](auto done) {
             application_->networking().signupWith(email, "Ada", "L", "a password", std::move(done));
         });
         boost::json::object response;
@@ -63,27 +54,6 @@ protected:
         for (const char* problem : problems)
             notes.emplace_back().problem = problem;
         ASSERT_TRUE(service_->addNotes(email, notes));
-    }
-
-    /// The job changes its phase on the background queue, which wakes nobody here.
-    void runWhile(Phase phase) {
-        while (application_->notebookSynchronizationJob().phase() == phase)
-            application_->mainQueue()->runUntil([] { return false; }, 1ms);
-    }
-    NotebookEntryRepositoryType& repository() {
-        return application_->dataController().notebookEntryRepository();
-    }
-    std::optional<std::string> cachedSteps(const std::string& problem) {
-        const auto entry = repository().getNotebookEntry(problem);
-        if (!entry || !entry->contains("stepsData"))
-            return std::nullopt;
-        return std::get<std::string>(entry->at("stepsData"));
-    }
-    std::vector<std::string> pathsOf(const std::vector<ReceivedRequest>& requests) {
-        std::vector<std::string> paths;
-        for (const ReceivedRequest& request : requests)
-            paths.emplace_back(request.path());
-        return paths;
     }
 
     TemporaryFolder folder_;
@@ -121,23 +91,6 @@ TEST_F(WiredLibraryTests, three_requests_with_a_stale_token_share_one_refresh_an
     }
 }
 
-TEST_F(WiredLibraryTests, a_session_that_the_server_rejects_is_signed_out_without_telling_it) {
-    signUp({"2x=4"});
-    ASSERT_EQ(runSynchronization(*application_), Phase::idle);
-    application_->settle();
-    service_->rejectRefresh();
-    service_->requestLog().clear();
-    EXPECT_FALSE(waitFor<bool>([this](auto done) {
-        application_->networking().updateNote(Favorite{true}, "2x=4", std::move(done));
-    }));
-    EXPECT_TRUE(application_->sessionWasRejected());
-    EXPECT_FALSE(application_->userAccountModel().isLoggedIn());
-    EXPECT_EQ(repository().noteCount(), 0);
-    application_->settle();
-    EXPECT_THAT(pathsOf(service_->requestLog().requests()),
-                ElementsAre("/api/notebook/updateNoteFavorite", "/refresh"));
-}
-
 TEST_F(WiredLibraryTests, a_failed_list_download_keeps_the_notes_and_parks_the_job_until_the_next_start) {
     signUp({"2x=4", "3x=9"});
     ASSERT_EQ(runSynchronization(*application_), Phase::idle);
@@ -156,48 +109,10 @@ TEST_F(WiredLibraryTests, a_failed_list_download_keeps_the_notes_and_parks_the_j
         service_->requestLog().clear();
         EXPECT_EQ(runSynchronization(*application_), Phase::parked) << what;
         EXPECT_EQ(service_->requestLog().count(listPath), 0U) << what;
-        EXPECT_EQ(repository().noteCount(), 2) << what;
+        EXPECT_EQ(application_->dataController().notebookEntryRepository().noteCount(), 2) << what;
     }
     start();
     EXPECT_EQ(runSynchronization(*application_), Phase::idle);
-}
-
-TEST_F(WiredLibraryTests, a_stopped_job_stores_the_step_under_way_and_goes_on_at_the_next_run) {
-    signUp({"2x=4", "3x=9", "4x=16"});
-    service_->faults().script(stepsPath, Fault::hold());
-    NotebookSynchronizationJob& job = application_->notebookSynchronizationJob();
-    job.runSynchronizationJob();
-    runWhile(Phase::listing);
-    ASSERT_TRUE(service_->faults().waitForHeld(1, limit));
-    job.stopJob();
-    service_->faults().release();
-    runWhile(Phase::caching);
-    EXPECT_EQ(service_->requestLog().count(stepsPath), 1U);
-    EXPECT_EQ(runSynchronization(*application_), Phase::idle);
-    EXPECT_EQ(service_->requestLog().count(stepsPath), 3U);
-    EXPECT_EQ(repository().nextEntryToCache(), std::nullopt);
-}
-
-TEST_F(WiredLibraryTests, a_restart_keeps_session_settings_notes_and_steps) {
-    signUp({"2x=4"});
-    application_->persistence().setNumDecimalDisplay(3);
-    ASSERT_EQ(runSynchronization(*application_), Phase::idle);
-    const auto token = application_->persistence().accessToken();
-    const auto installation = application_->persistence().installationID();
-    const auto steps = cachedSteps("2x=4");
-    ASSERT_THAT(steps, Optional(testing::HasSubstr("x=2")));
-
-    start();
-    EXPECT_TRUE(application_->userAccountModel().isLoggedIn());
-    EXPECT_EQ(application_->persistence().userEmail(), email);
-    EXPECT_EQ(application_->persistence().accessToken(), token);
-    EXPECT_EQ(application_->persistence().installationID(), installation);
-    EXPECT_EQ(application_->persistence().numDecimalDisplay(), 3);
-    EXPECT_EQ(cachedSteps("2x=4"), steps);
-    // The list is merged again, and nothing is left to fetch.
-    service_->requestLog().clear();
-    EXPECT_EQ(runSynchronization(*application_), Phase::idle);
-    EXPECT_THAT(pathsOf(service_->requestLog().requests()), ElementsAre(listPath));
 }
 
 TEST_F(WiredLibraryTests, a_host_can_end_with_requests_under_way) {

@@ -5,20 +5,18 @@
 namespace teralune::service {
 namespace {
 
-SolverService::Options atNoon() {
-    SolverService::Options options;
-    // 2019-03-05 16:07:09 UTC.
-    options.now = [] { return std::chrono::system_clock::time_point(std::chrono::seconds(1'551'802'029)); };
-    return options;
-}
+using Accounts = ServiceTest;
 
 std::string alertOf(const ClientReply& reply) {
     return boost::json::value_to<std::string>(reply.json().at("alert"));
 }
 
-TEST(Accounts, are_made_by_signing_up_and_open_by_their_password_only) {
-    const auto service = startService(atNoon());
-    ServiceClient client(*service);
+TEST_F(Accounts, are_made_by_signing_up_and_open_by_their_password_only) {
+    SolverService::Options options;
+    // 2019-03-05 16:07:09 UTC.
+    options.now = [] { return std::chrono::system_clock::time_point(std::chrono::seconds(1'551'802'029)); };
+    service = startService(options);
+    client = ServiceClient(*service);
     const ClientReply made = client.post("/mobileSignup", {{"lang", "en"},
                                                            {"email", "Ann@Example.org"},
                                                            {"firstName", "Ann"},
@@ -39,9 +37,7 @@ TEST(Accounts, are_made_by_signing_up_and_open_by_their_password_only) {
               alertOf(client.logIn("nobody@example.org", "p+ss w&rd")));
 }
 
-TEST(Accounts, are_refused_with_a_text_for_the_user) {
-    const auto service = startService();
-    const ServiceClient client(*service);
+TEST_F(Accounts, are_refused_with_a_text_for_the_user) {
     const struct {
         const char* email;
         const char* password;
@@ -65,9 +61,7 @@ TEST(Accounts, are_refused_with_a_text_for_the_user) {
     }
 }
 
-TEST(Accounts, take_new_field_values_that_make_sense) {
-    const auto service = startService();
-    ServiceClient client(*service);
+TEST_F(Accounts, take_new_field_values_that_make_sense) {
     client.post("/mobileSignup", {{"email", "ann@b.cd"}, {"password", "secret1"}});
     client.logIn();
     const struct {
@@ -100,7 +94,7 @@ TEST(Accounts, take_new_field_values_that_make_sense) {
 }
 
 /// A signed-in user Ann whose password is "secret1".
-class AccountChanges : public testing::Test {
+class AccountChanges : public ServiceTest {
 protected:
     AccountChanges() {
         client.post("/mobileSignup", {{"email", "ann@b.cd"}, {"password", "secret1"}});
@@ -117,8 +111,6 @@ protected:
         return ServiceClient(*service).logIn(email, password).json().as_object().contains("jwt");
     }
 
-    std::unique_ptr<SolverService> service = startService();
-    ServiceClient client{*service};
     ServiceClient elsewhere{*service};
 };
 
@@ -175,21 +167,6 @@ TEST_F(AccountChanges, close_an_account_for_good_and_free_its_address) {
     client.post("/mobileSignup", {{"email", "ann@b.cd"}, {"password", "secret9"}});
     client.logIn("ann@b.cd", "secret9");
     EXPECT_TRUE(client.notebook().empty());
-}
-
-TEST_F(AccountChanges, remember_each_dismissed_notice_once) {
-    for (const char* key : {"sale", "news", "sale"}) {
-        EXPECT_EQ(client.post("/api/user/dismissNotification", {{"notificationKey", key}}).status, 200);
-    }
-    EXPECT_EQ(client.post("/api/user/dismissNotification").status, 400);
-    EXPECT_EQ(client.post("/api/user/info").json().at("dismissedNotifications"),
-              (boost::json::array{"sale", "news"}));
-}
-
-TEST_F(AccountChanges, send_a_reset_mail_to_a_known_address_only) {
-    EXPECT_TRUE(succeeds("/resetRequest", {{"lang", "en"}, {"email", "ann@b.cd"}}));
-    EXPECT_FALSE(succeeds("/resetRequest", {{"lang", "en"}, {"email", "nobody@b.cd"}}));
-    EXPECT_EQ(service->usageRecords("/resetRequest").size(), 1U);
 }
 
 } // namespace

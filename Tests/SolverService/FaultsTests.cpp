@@ -6,6 +6,8 @@
 namespace teralune::service {
 namespace {
 
+using ScriptedFaults = ServiceTest;
+
 using std::chrono_literals::operator""h;
 using std::chrono_literals::operator""ms;
 using std::chrono_literals::operator""s;
@@ -13,9 +15,7 @@ using std::chrono_literals::operator""s;
 const std::string stepsPath = "/pub_api/steps";
 const std::string steps = "/pub_api/steps?query=x%3D1";
 
-TEST(Faults, meet_as_many_requests_to_their_path_as_scripted) {
-    const auto service = startService();
-    const ServiceClient client(*service);
+TEST_F(ScriptedFaults, meet_as_many_requests_to_their_path_as_scripted) {
     service->faults().script(stepsPath, Fault::answer(500, "{broken", "application/json"), 2);
     service->faults().script(Faults::everyPath, Fault::answer(503), Faults::everyTime);
     EXPECT_EQ(client.get("/elsewhere").status, 503);
@@ -30,9 +30,7 @@ TEST(Faults, meet_as_many_requests_to_their_path_as_scripted) {
     EXPECT_EQ(service->requestLog().count(stepsPath), 4U);
 }
 
-TEST(Faults, redirect_and_break_connections) {
-    const auto service = startService();
-    const ServiceClient client(*service);
+TEST_F(ScriptedFaults, redirect_and_break_connections) {
     service->faults().script(stepsPath, Fault::redirect("http://127.0.0.1:1/there", 307));
     service->faults().script(stepsPath, Fault::hangUp());
     service->faults().script(stepsPath, Fault::cutBody());
@@ -48,29 +46,7 @@ TEST(Faults, redirect_and_break_connections) {
     EXPECT_LT(cut.size(), whole.size());
 }
 
-TEST(Faults, hold_requests_so_that_all_meet_a_stale_token_at_once) {
-    const auto service = startService();
-    ServiceClient client(*service);
-    client.logIn();
-    service->faults().script("/api/hasWebNotes", Fault::hold(), 3);
-    std::vector<std::future<int>> statuses;
-    for (int number = 0; number < 3; ++number) {
-        statuses.push_back(
-            std::async(std::launch::async, [&] { return client.get("/api/hasWebNotes").status; }));
-    }
-    ASSERT_TRUE(service->faults().waitForHeld(3, 10s));
-    EXPECT_TRUE(service->requestLog().waitForCount("/api/hasWebNotes", 3, 10s));
-    EXPECT_FALSE(service->requestLog().waitForCount("/api/hasWebNotes", 4, 0ms));
-    service->expireTokens();
-    service->faults().release();
-    for (std::future<int>& status : statuses) {
-        EXPECT_EQ(status.get(), 403);
-    }
-}
-
-TEST(Faults, end_with_the_service_however_long_they_would_last) {
-    auto service = startService();
-    const ServiceClient client(*service);
+TEST_F(ScriptedFaults, end_with_the_service_however_long_they_would_last) {
     service->faults().script(stepsPath, Fault::hold());
     service->faults().script("/slow", Fault::delayed(1h).also(Fault::answer(204)));
     auto held = std::async(std::launch::async, [&] { return client.get(steps).status; });
@@ -80,21 +56,6 @@ TEST(Faults, end_with_the_service_however_long_they_would_last) {
     service.reset();
     EXPECT_EQ(held.get(), 0);
     EXPECT_EQ(slow.get(), 0);
-}
-
-TEST(RequestLog, keeps_the_latest_requests_and_counts_all) {
-    SolverService::Options options;
-    options.keptRequests = 2;
-    const auto service = startService(options);
-    const ServiceClient client(*service);
-    for (const char* target : {"/a", "/a?1", "/b"}) {
-        client.get(target);
-    }
-    EXPECT_EQ(service->requestLog().requests().size(), 2U);
-    EXPECT_EQ(service->requestLog().requests().front().target, "/a?1");
-    EXPECT_EQ(service->requestLog().count("/a"), 2U);
-    service->requestLog().clear();
-    EXPECT_EQ(service->requestLog().count("/a"), 0U);
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "SolverService/SolverService.h"
 
 #include <boost/json.hpp>
+#include <gtest/gtest.h>
 
 #include <map>
 #include <memory>
@@ -55,6 +56,13 @@ std::string encoded(const std::string& text);
 
 /// A started service; a failure to start fails the test that asks for it.
 std::unique_ptr<SolverService> startService(SolverService::Options options = {});
+
+/// A service that began with the demo account, and a client of it.
+class ServiceTest : public testing::Test {
+protected:
+    std::unique_ptr<SolverService> service = startService();
+    ServiceClient client{*service};
+};
 
 /// The path of a file that does not exist yet and that no other run of the tests uses.
 std::string temporaryFile(const std::string& name);

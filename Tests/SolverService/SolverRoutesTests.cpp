@@ -5,9 +5,12 @@
 namespace teralune::service {
 namespace {
 
-TEST(StepsRoute, answers_with_steps_or_with_the_solution_or_with_null) {
-    const auto service = startService();
-    const ServiceClient client(*service);
+using StepsRoute = ServiceTest;
+using VerifyRoute = ServiceTest;
+using PlottingRoute = ServiceTest;
+using SuggestRoute = ServiceTest;
+
+TEST_F(StepsRoute, answers_with_steps_or_with_the_solution_or_with_null) {
     const std::string path = "/pub_api/steps?language=en&userId=fe&origin=input&query=";
     const boost::json::value steps = client.get(path + encoded("2x+1=5 & 0")).json();
     EXPECT_TRUE(steps.is_null());
@@ -30,9 +33,7 @@ TEST(StepsRoute, answers_with_steps_or_with_the_solution_or_with_null) {
     EXPECT_EQ(client.get("/pub_api/steps").status, 400);
 }
 
-TEST(VerifyRoute, substitutes_what_the_user_claims) {
-    const auto service = startService();
-    const ServiceClient client(*service);
+TEST_F(VerifyRoute, substitutes_what_the_user_claims) {
     const struct {
         const char* problem;
         const char* solution;
@@ -69,9 +70,7 @@ TEST(VerifyRoute, substitutes_what_the_user_claims) {
     }
 }
 
-TEST(PlottingRoute, samples_functions_and_leaves_gaps_where_they_have_no_value) {
-    const auto service = startService();
-    const ServiceClient client(*service);
+TEST_F(PlottingRoute, samples_functions_and_leaves_gaps_where_they_have_no_value) {
     const auto plot = [&](const std::string& graph) {
         return client.post("/pub_api/graph/plottingInfo?origin=mobile&userId=fe", {{"userGraph", graph}})
             .json();
@@ -96,9 +95,7 @@ TEST(PlottingRoute, samples_functions_and_leaves_gaps_where_they_have_no_value) 
     }
 }
 
-TEST(SuggestRoute, suggests_what_is_asked_most_beginnings_first) {
-    const auto service = startService();
-    const ServiceClient client(*service);
+TEST_F(SuggestRoute, suggests_what_is_asked_most_beginnings_first) {
     const auto suggest = [&](const std::string& typed) {
         return client.get("/suggest?userId=mobile&language=en&query=" + encoded(typed)).json();
     };
@@ -120,26 +117,6 @@ TEST(SuggestRoute, suggests_what_is_asked_most_beginnings_first) {
     client.get(asked + "fe");
     EXPECT_EQ(suggest("7 7 7").at(0).at("pop"), 2);
     EXPECT_EQ(suggest("77x=7").at(0).at("priority"), 1);
-}
-
-TEST(LogRoutes, keep_what_clients_report) {
-    const auto service = startService();
-    const ServiceClient client(*service);
-    EXPECT_EQ(client.post("/detailedLog", {{"type", "Solve"}, {"info1", "a&b"}, {"query", ""}}).status, 200);
-    EXPECT_EQ(client.post("/detailedLog", {{"info1", "x"}}).status, 400);
-    EXPECT_EQ(client.post("/logCachedStepsMobile", {{"query", "x=1"}, {"offline", "true"}}).status, 200);
-    EXPECT_EQ(client.post("/solutionResponseTiming", {{"query", "x=1"}, {"responseTimeMs", "12"}}).status,
-              200);
-
-    EXPECT_EQ(client.post("/logCameraEvent", {{"sessionid", "s1"}, {"action", "open"}}).status, 200);
-
-    const std::vector<Parameters> records = service->usageRecords("/detailedLog");
-    ASSERT_EQ(records.size(), 1U);
-    EXPECT_EQ(records[0].text("info1"), "a&b");
-    EXPECT_EQ(records[0].value("query"), "");
-    EXPECT_EQ(records[0].value("info2"), std::nullopt);
-    EXPECT_EQ(service->usageRecords("/logCachedStepsMobile").at(0).text("offline"), "true");
-    EXPECT_EQ(service->usageRecords("/solutionResponseTiming").at(0).text("responseTimeMs"), "12");
 }
 
 } // namespace

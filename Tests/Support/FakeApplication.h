@@ -2,6 +2,7 @@
 
 #include "Classes/Interfaces/IApplication.h"
 #include "Classes/Model/SettingsPersistence.h"
+#include "Platform/Foundation/FatalError.h"
 #include "Tests/Support/FakeConstants.h"
 #include "Tests/Support/FakePlatform.h"
 #include "Tests/Support/FakeUserAccountModel.h"
@@ -59,16 +60,28 @@ public:
         authorizationFlow = std::move(flow);
     }
 
-    NetworkingType& networking() override;
-    UserAccountModelType& userAccountModel() override;
-    SettingsPersistenceType& persistence() override;
-    NetworkReachabilityType& networkReachability() override;
-    InterfaceDisplayConfigurationType& displayConfiguration() override;
-    NotebookSynchronizationJobType& notebookSynchronizationJob() override;
-    DataController& dataController() override;
-    LoggerType& logger() override;
-    NoteDataFinderType& noteDataFinder() override;
+    NetworkingType& networking() override { return given(networkingService); }
+    UserAccountModelType& userAccountModel() override { return given(userAccountModelService); }
+    SettingsPersistenceType& persistence() override { return given(persistenceService); }
+    NetworkReachabilityType& networkReachability() override { return given(networkReachabilityService); }
+    InterfaceDisplayConfigurationType& displayConfiguration() override {
+        return given(displayConfigurationService);
+    }
+    NotebookSynchronizationJobType& notebookSynchronizationJob() override {
+        return given(notebookSynchronizationJobService);
+    }
+    DataController& dataController() override { return given(dataControllerService); }
+    LoggerType& logger() override { return given(loggerService); }
+    NoteDataFinderType& noteDataFinder() override { return given(noteDataFinderService); }
     const PlatformServices& platform() const override { return fakePlatform.services; }
+
+private:
+    template<class Service>
+    static Service& given(Service* service) {
+        if (!service)
+            fatalError("The test asks the fake application for a service that it did not put in");
+        return *service;
+    }
 };
 
 } // namespace teralune

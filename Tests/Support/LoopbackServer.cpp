@@ -186,16 +186,15 @@ void LoopbackServer::accept() {
             close(socket);
             return;
         }
-        const std::size_t connection = sockets_.size();
         sockets_.push_back(socket);
-        threads_.emplace_back([this, socket, connection] { serve(socket, connection); });
+        threads_.emplace_back([this, socket] { serve(socket); });
     }
 }
 
-void LoopbackServer::serve(int socket, std::size_t connection) {
+void LoopbackServer::serve(int socket) {
     Input input(socket);
     while (auto head = input.through("\r\n\r\n")) {
-        Request request{*std::move(head), {}, connection};
+        Request request{*std::move(head), {}};
         auto body = readBody(input, request);
         if (!body) {
             return;

@@ -22,7 +22,6 @@ public:
     struct Request {
         std::string head; ///< request line and fields, with the empty line
         std::string body; ///< without the framing of chunks
-        std::size_t connection = 0;
 
         std::string method() const { return head.substr(0, head.find(' ')); }
         std::string target() const;
@@ -69,7 +68,7 @@ public:
 
 private:
     void accept();
-    void serve(int socket, std::size_t connection);
+    void serve(int socket);
     bool send(int socket, const Reply& reply);
 
     const Script script_;

@@ -10,9 +10,6 @@ namespace teralune {
 /// read it and move it.
 class ManualClock final : public Clock {
 public:
-    ManualClock() = default;
-    explicit ManualClock(Date start) : now_(start.time_since_epoch().count()) {}
-
     Date now() const override { return Date(std::chrono::milliseconds(now_.load())); }
     void set(Date now) { now_ = now.time_since_epoch().count(); }
     void advance(std::chrono::milliseconds step) { now_ += step.count(); }

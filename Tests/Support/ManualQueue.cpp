@@ -3,7 +3,6 @@
 #include "Platform/Dispatch/CurrentQueue.h"
 
 #include <algorithm>
-#include <limits>
 
 namespace teralune {
 
@@ -44,17 +43,6 @@ void ManualQueue::advance(std::chrono::milliseconds step) {
     }
     const std::lock_guard lock(mutex_);
     now_ = end;
-}
-
-std::size_t ManualQueue::dueCount() const {
-    const std::lock_guard lock(mutex_);
-    const Order last(now_, std::numeric_limits<std::size_t>::max());
-    return static_cast<std::size_t>(std::distance(waiting_.begin(), waiting_.upper_bound(last)));
-}
-
-std::size_t ManualQueue::waitingCount() const {
-    const std::lock_guard lock(mutex_);
-    return waiting_.size();
 }
 
 bool ManualQueue::runFirstDueBy(std::chrono::milliseconds moment) {

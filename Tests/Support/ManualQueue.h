@@ -28,9 +28,6 @@ public:
     std::size_t runAll();
     /// Lets this much time pass, running each piece when its moment comes.
     void advance(std::chrono::milliseconds step);
-    /// How many pieces are due now, and how many wait in all.
-    std::size_t dueCount() const;
-    std::size_t waitingCount() const;
 
 private:
     /// The moment a piece is due and then its number in the order of arrival.

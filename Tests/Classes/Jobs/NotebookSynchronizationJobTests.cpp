@@ -117,28 +117,6 @@ TEST_F(SynchronizationJob, a_signed_out_user_causes_no_request) {
     EXPECT_THAT(asked(), ElementsAre(listPath));
 }
 
-TEST_F(SynchronizationJob, a_failed_list_download_parks_the_job) {
-    const struct {
-        int status;
-        std::string body;
-    } failures[] = {
-        {500, "[]"}, {200, R"({"not":"a list"})"}, {200, "[" + note(1) + ",7]"}, {200, "[truncated"}};
-    for (const auto& failure : failures) {
-        FakeStoreApplication parkedHost;
-        parkedHost.application.fakeUserAccountModel.signIn("c1", "t1");
-        NotebookSynchronizationJob parked(parkedHost.application);
-        parked.runSynchronizationJob();
-        parkedHost.application.run();
-        parkedHost.answer(0, failure.status, failure.body);
-        EXPECT_EQ(parked.phase(), Phase::parked) << failure.body;
-        parked.runSynchronizationJob();
-        parkedHost.application.run();
-        EXPECT_THAT(parkedHost.sent(), ElementsAre(listPath)) << failure.body;
-        EXPECT_EQ(parkedHost.dataController->notebookEntryRepository().noteCount(), 0);
-        parked.waitForCompletion();
-    }
-}
-
 TEST_F(SynchronizationJob,
        an_answer_without_steps_ends_the_phase_and_the_next_run_begins_with_the_same_problem) {
     for (const auto& [status, body] : {std::pair(200, "null"), std::pair(200, ""), std::pair(500, "oops")}) {

@@ -15,16 +15,6 @@ protected:
     SettingsPersistence settings{defaults};
 };
 
-TEST_F(Settings, a_fresh_store_has_every_default) {
-    EXPECT_EQ(settings.steps(), StepOption::showSteps);
-    EXPECT_EQ(settings.numDecimalDisplay(), 5);
-    EXPECT_TRUE(settings.suggestionPreference());
-    EXPECT_FALSE(settings.userHasPassword());
-    EXPECT_EQ(settings.loginType(), LoginType::email);
-    EXPECT_EQ(settings.registrationDate(), std::nullopt);
-    EXPECT_EQ(settings.logoutAccessToken(), std::nullopt);
-}
-
 TEST_F(Settings, each_text_has_its_own_key_and_goes_when_set_absent) {
     using Getter = std::optional<std::string> (SettingsPersistence::*)() const;
     using Setter = void (SettingsPersistence::*)(const std::optional<std::string>&);

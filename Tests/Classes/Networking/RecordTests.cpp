@@ -1,11 +1,6 @@
-#include "Classes/Networking/DateFormatTransform.h"
 #include "Classes/Networking/ResponseBodySummary.h"
 #include "Classes/Networking/Suggestion.h"
-#include "Classes/Networking/TeraluneNetworkingError.h"
 #include "Classes/Networking/UserData.h"
-#include "Classes/Networking/UserField.h"
-#include "Platform/Foundation/Base64.h"
-#include "Platform/Foundation/Characters.h"
 #include "Platform/Foundation/JsonMapping.h"
 
 #include <gtest/gtest.h>
@@ -66,24 +61,6 @@ TEST(RecordTests, suggestion_needs_its_two_texts) {
         EXPECT_FALSE(Suggestion::map(object(json))) << json;
 }
 
-TEST(RecordTests, registration_date_is_written_as_it_is_read) {
-    const DateFormatTransform transform;
-    for (const char* text : {"Jan 1, 1970 12:00:00 AM", "Mar 5, 2019 04:07:09 PM"})
-        EXPECT_EQ(transform.transformToJSON(transform.transformFromJSON(text)), text);
-    EXPECT_FALSE(transform.transformFromJSON(1551802029));
-    EXPECT_FALSE(transform.transformToJSON(std::nullopt));
-}
-
-TEST(RecordTests, enumerations_end_where_they_end) {
-    EXPECT_EQ(description(*userField(4)), "settings.steps");
-    EXPECT_FALSE(userField(5) || userField(-1));
-    EXPECT_DEATH(description(static_cast<UserField>(5)), "UserField");
-    EXPECT_EQ(TeraluneNetworkingError::caseOf(TeraluneNetworkingError::jsonContentFailure()),
-              TeraluneNetworkingError::Case::jsonContentFailure);
-    EXPECT_FALSE(TeraluneNetworkingError::caseOf({"HttpTransport", 1, "", {}}));
-    EXPECT_FALSE(TeraluneNetworkingError::caseOf({std::string(TeraluneNetworkingError::Domain), 3, "", {}}));
-}
-
 TEST(RecordTests, body_summary_shows_the_beginning_and_counts_the_rest) {
     const std::string a100(100, 'a');
     std::string accents; // each is one character of three bytes
@@ -112,32 +89,6 @@ TEST(RecordTests, body_summary_shows_the_beginning_and_counts_the_rest) {
         EXPECT_EQ(responseBodySummary(&value), summary);
     }
     EXPECT_EQ(responseBodySummary({}), "<nil or omitted>");
-}
-
-TEST(RecordTests, characters_are_what_a_reader_sees) {
-    const std::pair<std::string, std::size_t> counts[] = {
-        {"", 0},  {"abc", 3}, {"a\r\nb", 3}, {"\n\r", 2}, {"e\u0301x", 2}, {"👩‍👩‍👧🇪🇸", 2},
-        {"שָׁ", 1},
-    };
-    for (const auto& [text, count] : counts) {
-        EXPECT_EQ(characterCount(text), count) << text;
-        EXPECT_EQ(firstCharacters(text, count), text);
-    }
-    EXPECT_EQ(firstCharacters("a\r\nb", 2), "a\r\n");
-    EXPECT_EQ(firstCharacters("🇪🇸x", 1), "🇪🇸");
-    EXPECT_EQ(firstCharacters("éx", 0), "");
-}
-
-TEST(RecordTests, base64_pads_to_groups_of_four) {
-    const std::pair<std::string, const char*> texts[] = {
-        {"", ""},
-        {"f", "Zg=="},
-        {"fo", "Zm8="},
-        {"foobar", "Zm9vYmFy"},
-        {std::string("\x00\xff\xbf\xfe", 4), "AP+//g=="},
-    };
-    for (const auto& [bytes, text] : texts)
-        EXPECT_EQ(base64Encoded(bytes), text);
 }
 
 } // namespace

@@ -33,13 +33,6 @@ protected:
     }
 };
 
-TEST_F(RequestPipelineTests, hosts_follow_the_constants_on_every_read) {
-    EXPECT_EQ(networking->fullHostName(), "https://api.test");
-    application.constants.isHttps = false;
-    application.constants.ocr = "other:8080";
-    EXPECT_EQ(networking->fullOCRHostName(), "http://other:8080");
-}
-
 TEST_F(RequestPipelineTests, cookie_header_carries_identity_session_and_the_token_in_force) {
     EXPECT_EQ(adapted("https://api.test/x"), standardCookies());
 

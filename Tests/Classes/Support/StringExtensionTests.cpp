@@ -19,6 +19,8 @@ TEST(StringExtension, finds_and_replaces_by_pattern) {
 TEST(StringExtension, truncates_by_the_characters_that_a_reader_sees) {
     EXPECT_EQ(truncate("abcde", 5, "..."), "abcde");
     EXPECT_EQ(truncate("abcdef", 5, "..."), "abcde...");
+    EXPECT_EQ(truncate("a\r\nb", 2, "..."), "a\r\n...");
+    EXPECT_EQ(truncate("e\u0301🇪🇸x", 2, "..."), "e\u0301🇪🇸...");
     EXPECT_EQ(truncate("👩‍👩‍👧é👍🏽", 3, "..."), "👩‍👩‍👧é👍🏽");
 }
 

@@ -1,13 +1,10 @@
 #include "Platform/Foundation/JsonMapping.h"
 #include "Platform/Foundation/PercentEncoding.h"
-#include "Platform/Foundation/RegularExpression.h"
-#include "Platform/Foundation/UUID.h"
 #include "Platform/Foundation/Utf8.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <set>
 
 namespace teralune {
 namespace {
@@ -125,19 +122,6 @@ TEST(JsonMapping, hostile_texts_are_errors_and_sound_ones_are_values) {
     }
     EXPECT_EQ(serializeJson(parseJson("{ \"k\" : [ 1, \"\u05D0\\n\" ] }").value()),
               "{\"k\":[1,\"\u05D0\\n\"]}");
-}
-
-TEST(UUID, is_random_upper_case_and_of_version_4) {
-    const auto shape =
-        RegularExpression::compile("[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}")
-            .value();
-    std::set<std::string> made;
-    for (int count = 0; count < 100; ++count) {
-        const std::string text = makeUUIDString();
-        EXPECT_EQ(shape.firstMatch(text), std::vector<std::string>{text});
-        made.insert(text);
-    }
-    EXPECT_EQ(made.size(), 100U);
 }
 
 } // namespace

@@ -1,11 +1,9 @@
-#include "Platform/Http/MultipartFormData.h"
 #include "Tests/Platform/Http/SessionFixture.h"
 #include "Tests/Support/ManualQueue.h"
 #include "Tests/Support/ScriptedTransport.h"
 
 #include <gmock/gmock.h>
 
-#include <mutex>
 #include <stdexcept>
 
 namespace teralune {
@@ -45,14 +43,6 @@ protected:
             .response([this, path](DataResponse<void> response) {
                 events.push_back(path + " " + std::to_string(errorCode(response)));
             });
-    }
-
-    std::vector<std::string> sentPaths() const {
-        std::vector<std::string> paths;
-        for (const URLRequest& request : transport->requests()) {
-            paths.push_back(request.url.substr(8));
-        }
-        return paths;
     }
 
     std::shared_ptr<ManualQueue> main = std::make_shared<ManualQueue>("main");
@@ -96,33 +86,6 @@ TEST_F(SessionManagerTest, adapts_each_attempt_anew_and_ends_once) {
     const HttpHeaders headers = transport->requests().at(1).headers;
     EXPECT_EQ(headers.value("Cookie"), "token=2");
     EXPECT_EQ(headers.value("User-Agent"), "test");
-}
-
-TEST_F(SessionManagerTest, sends_held_requests_again_in_the_order_of_their_answers) {
-    std::vector<RequestHandle> handles;
-    for (const char* path : {"/a", "/b", "/c"}) {
-        handles.push_back(send(path));
-    }
-    settle();
-    for (const std::size_t index : {2U, 0U, 1U}) {
-        transport->answer(index, ScriptedTransport::reply(403));
-    }
-    settle();
-    ASSERT_EQ(held.size(), 3U);
-    transport->setScript([](const URLRequest&) { return ScriptedTransport::reply(200); });
-    {
-        // The answers are given under the lock that the retrier takes as well.
-        std::mutex mutex;
-        retrier.onShould = [&mutex](auto&&...) { const std::lock_guard lock(mutex); };
-        const std::lock_guard lock(mutex);
-        for (RetryCompletion& completion : held) {
-            completion(RetryDecision::retry, milliseconds(0));
-        }
-    }
-    settle();
-    EXPECT_THAT(sentPaths(), ElementsAre("/a", "/b", "/c", "/c", "/a", "/b"));
-    EXPECT_EQ(transport->pendingCount(), 0U);
-    EXPECT_EQ(events.size(), 6U);
 }
 
 TEST_F(SessionManagerTest, ends_with_the_first_failure_when_the_retrier_declines_or_forgets) {
@@ -242,32 +205,6 @@ TEST_F(SessionManagerTest, sends_nothing_that_must_not_be_sent) {
     settle();
     EXPECT_TRUE(transport->requests().empty());
     EXPECT_TRUE(held.empty());
-}
-
-TEST_F(SessionManagerTest, hands_on_what_the_request_was_prepared_with) {
-    transport->setScript([](const URLRequest&) { return ScriptedTransport::reply(404, "{\"a\": 1}"); });
-    std::string seen;
-    auto text =
-        manager->request("http://h/s", HttpMethod::post, {{"k", "v"}})
-            .inLane(TransferLane::control)
-            .responseString([&](DataResponse<std::string> response) { seen = response.result.value(); });
-    auto refused = manager->request("http://h/r", HttpMethod::get)
-                       .validate()
-                       .withoutRetrier()
-                       .responseJSON([&](auto response) { seen += std::to_string(response.statusCode()); });
-    std::int64_t mapping = 0;
-    auto object = manager->request("http://h/o", HttpMethod::get)
-                      .responseObject<int>([](const boost::json::object&) { return std::optional<int>(); },
-                                           [&](auto response) { mapping = errorCode(response); });
-    auto upload = manager->upload(std::make_shared<MultipartFormData>(), "http://h/u").response([](auto) {});
-    settle();
-    EXPECT_EQ(seen, "{\"a\": 1}404");
-    EXPECT_EQ(mapping, static_cast<std::int64_t>(ResponseValidationError::objectMappingFailed));
-    EXPECT_TRUE(held.empty());
-    EXPECT_EQ(transport->lanes().at(0), TransferLane::control);
-    EXPECT_EQ(*std::get<1>(transport->requests().at(0).body), "k=v");
-    EXPECT_EQ(transport->requests().at(3).method, HttpMethod::post);
-    EXPECT_EQ(transport->requests().at(3).body.index(), 2U);
 }
 
 TEST_F(SessionManagerTest, tells_every_handler_when_it_is_destroyed) {
