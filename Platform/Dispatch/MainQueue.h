@@ -28,8 +28,9 @@ public:
     void runUntil(const std::function<bool()>& condition);
     /// As above for at most this long; returns whether the condition held.
     bool runUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit);
-    /// Called, from any thread, whenever work was added to an empty queue, when drain() leaves work behind, and
-    /// whenever nextDue() became earlier; at once if there is work already. One drain() for each call keeps up.
+    /// Called, from any thread, whenever work was added to an empty queue, when drain() leaves work behind,
+    /// and whenever nextDue() became earlier; at once if there is work already. One drain() for each call
+    /// keeps up.
     void setWakeHandler(std::function<void()> handler);
     /// When the earliest delayed piece is due, for a host that has to set a timer; absent without any.
     std::optional<std::chrono::steady_clock::time_point> nextDue() const;
