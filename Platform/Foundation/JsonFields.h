@@ -25,6 +25,9 @@ struct JsonField {
     std::string_view key;
     Member Record::*member;
 };
+// GCC finds this by itself; tools that read older C++20 do not.
+template<class Record, class Member>
+JsonField(std::string_view, Member Record::*) -> JsonField<Record, Member>;
 
 /// Each readJson assigns the value and returns true where the types fit; otherwise it leaves the member
 /// alone. Whole numbers fit a double, and a double without a fraction fits a whole number.
