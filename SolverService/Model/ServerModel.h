@@ -8,7 +8,7 @@
 #include <mutex>
 #include <string>
 
-namespace SQLite {
+namespace SQLite { // NOLINT(readability-identifier-naming): not ours to name
 class Database;
 }
 
