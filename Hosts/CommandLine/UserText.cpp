@@ -36,7 +36,7 @@ std::string userText(const SettingsPersistenceType& user) {
     const std::string firstName = user.firstName().value_or("");
     const std::string lastName = user.lastName().value_or("");
     std::string name = firstName + (firstName.empty() || lastName.empty() ? "" : " ") + lastName;
-    const std::string email = user.userEmail().value_or("");
+    std::string email = user.userEmail().value_or("");
     if (name.empty() && email.empty())
         return "user " + user.connectedID().value_or("");
     if (name.empty())

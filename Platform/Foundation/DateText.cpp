@@ -24,7 +24,7 @@ std::optional<std::chrono::local_time<std::chrono::milliseconds>> parseDateText(
     if (text.size() != shape.size()) {
         return std::nullopt;
     }
-    for (const std::size_t index : {3, 6, 7, 12, 15, 18, 21}) {
+    for (const std::size_t index : {3U, 6U, 7U, 12U, 15U, 18U, 21U}) {
         if (text[index] != shape[index]) {
             return std::nullopt;
         }

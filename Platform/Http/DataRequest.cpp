@@ -50,8 +50,7 @@ RequestHandle DataRequest::responseJSON(Handler<boost::json::value> handler) && 
 
 RequestHandle DataRequest::send(ResponseFinisher finisher) && {
     const auto plan = std::move(plan_);
-    return RequestHandle(
-        RunningRequest::start(std::move(plan->session), std::move(plan->running), std::move(finisher)));
+    return RequestHandle(RunningRequest::start(plan->session, std::move(plan->running), std::move(finisher)));
 }
 
 } // namespace teralune

@@ -45,7 +45,7 @@ private:
     int attempt_;
 };
 
-std::shared_ptr<RunningRequest> RunningRequest::start(std::shared_ptr<Session> session, Plan plan,
+std::shared_ptr<RunningRequest> RunningRequest::start(const std::shared_ptr<Session>& session, Plan plan,
                                                       ResponseFinisher finisher) {
     auto request = std::make_shared<RunningRequest>(session, std::move(plan), std::move(finisher));
     if (session->add(request)) {

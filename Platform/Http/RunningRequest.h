@@ -30,7 +30,7 @@ public:
         bool asksRetrier = true;
     };
 
-    static std::shared_ptr<RunningRequest> start(std::shared_ptr<Session> session, Plan plan,
+    static std::shared_ptr<RunningRequest> start(const std::shared_ptr<Session>& session, Plan plan,
                                                  ResponseFinisher finisher);
     RunningRequest(std::shared_ptr<Session> session, Plan plan, ResponseFinisher finisher);
 
