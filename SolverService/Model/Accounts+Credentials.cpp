@@ -44,7 +44,7 @@ Result<void> Accounts::changeEmail(std::int64_t id, const std::string& email, co
             return refusal("The current password is not correct.");
         }
     } else {
-        if (const Result<void> acceptable = checkNewPassword(password, confirmation); !acceptable) {
+        if (Result<void> acceptable = checkNewPassword(password, confirmation); !acceptable) {
             return acceptable;
         }
         digest = digestPassword(password);
@@ -59,7 +59,7 @@ Result<void> Accounts::changePassword(std::int64_t id, const std::string& curren
     if (!passwordMatches(current, digest.value_or(std::string()))) {
         return refusal("The current password is not correct.");
     }
-    if (const Result<void> acceptable = checkNewPassword(password, confirmation); !acceptable) {
+    if (Result<void> acceptable = checkNewPassword(password, confirmation); !acceptable) {
         return acceptable;
     }
     const std::string email = account(id).email.value_or(std::string());
