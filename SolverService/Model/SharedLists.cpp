@@ -53,7 +53,7 @@ NoteRecord readNote(const boost::json::value& stored) {
 } // namespace
 
 std::string SharedLists::share(const std::string& name, std::span<const NoteRecord> notes) {
-    const std::string identifier = randomText(identifierBytes);
+    std::string identifier = randomText(identifierBytes);
     boost::json::array stored;
     for (NoteRecord note : notes) {
         note.remoteID = randomText(identifierBytes);
