@@ -102,7 +102,7 @@ SolverService::~SolverService() {
     stop();
 }
 
-Result<std::unique_ptr<SolverService>> SolverService::start(Options options) {
+Result<std::unique_ptr<SolverService>> SolverService::start(const Options& options) {
     auto model = service::ServerModel::open(options.dataFile, options.now);
     if (!model) {
         return model.error();

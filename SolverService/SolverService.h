@@ -57,7 +57,7 @@ public:
     };
 
     /// Fails when the port can't be had, or when the data or the notes file can't be read.
-    static Result<std::unique_ptr<SolverService>> start(Options options);
+    static Result<std::unique_ptr<SolverService>> start(const Options& options);
     /// Stops.
     ~SolverService();
 

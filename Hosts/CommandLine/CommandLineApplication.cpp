@@ -25,7 +25,7 @@ Result<std::unique_ptr<SolverService>> startStandIn(const HostOptions& options) 
         return std::unique_ptr<SolverService>();
     SolverService::Options serviceOptions;
     serviceOptions.dataFile = options.dataFolder / "SolverService.sqlite";
-    auto started = SolverService::start(std::move(serviceOptions));
+    auto started = SolverService::start(serviceOptions);
     if (!started)
         return commandError("The stand-in service can't be started: " + started.error().localizedDescription);
     return started;

@@ -40,6 +40,8 @@ Result<void> checkStore(const fs::path& store) {
         return {};
     if (!fs::is_regular_file(store, missing))
         return unusable(store, "it is not a file");
+    if (::access(store.c_str(), R_OK | W_OK) != 0)
+        return unusable(store, std::generic_category().message(errno));
     std::array<char, sqliteMagic.size()> head{};
     std::ifstream file(store, std::ios::binary);
     file.read(head.data(), head.size());

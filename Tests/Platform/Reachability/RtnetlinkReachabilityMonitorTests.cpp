@@ -8,7 +8,6 @@
 #include <gtest/gtest.h>
 #include <linux/rtnetlink.h>
 #include <sched.h>
-#include <sys/resource.h>
 
 #include <iostream>
 
@@ -117,14 +116,8 @@ TEST(RtnetlinkReachabilityMonitor, reports_nothing_once_it_is_dropped) {
     EXPECT_TRUE(watched.reports.empty());
 }
 
-TEST(RtnetlinkReachabilityMonitor, cannot_be_made_without_sockets) {
-    rlimit before{};
-    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
-    const rlimit none{0, before.rlim_max};
-    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
-    const auto monitor = RtnetlinkReachabilityMonitor::open("host", std::make_shared<MainQueue>());
-    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
-    EXPECT_EQ(monitor.error().code, EMFILE);
+TEST(RtnetlinkReachabilityMonitor, cannot_be_made_without_a_host_to_judge_for) {
+    EXPECT_FALSE(RtnetlinkReachabilityMonitor::open("", std::make_shared<MainQueue>()).succeeded());
 }
 
 } // namespace
