@@ -94,8 +94,9 @@ HandWrittenLoader::HandWrittenLoader(const std::filesystem::path& folder,
     state_->connection = open(folder / "loaded.sqlite", SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
     execute(state_->connection, "PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL; PRAGMA foreign_keys=ON;"
                                 "PRAGMA journal_size_limit=5242880; PRAGMA secure_delete=FAST;");
-    execute(state_->connection, contents(resources / "DataModel.momd" / "Version1.sql"));
-    execute(state_->connection, contents(resources / "DataModel.momd" / "Version2.sql"));
+    for (const char* const script : {"Version1.sql", "Version2.sql", "Version3.sql"}) {
+        execute(state_->connection, contents(resources / "DataModel.momd" / script));
+    }
 }
 
 HandWrittenLoader::~HandWrittenLoader() {

@@ -55,9 +55,9 @@ void NotebookEntryRepository::updateProblemWithSteps(const std::string& problem,
 std::int64_t NotebookEntryRepository::count(Counted counted) const {
     std::int64_t number = -1;
     const Result<void> read = managedObjectContext_->fetchAndWait([&](Database& database) -> Result<void> {
-        // Neither reads a row: SQLite counts the cells of the smallest index.
-        const Result<std::int64_t> rows = database.integer(
-            counted == Counted::entries ? "SELECT count(*) FROM entries" : "SELECT count(*) FROM steps");
+        const Result<std::int64_t> rows =
+            database.integer(counted == Counted::entries ? "SELECT count(*) FROM entries"
+                                                         : "SELECT value FROM stepsCount WHERE id = 0");
         if (!rows) {
             return rows.error();
         }

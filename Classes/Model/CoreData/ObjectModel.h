@@ -16,7 +16,7 @@ class Database;
 class ObjectModel {
 public:
     /// The version that this library's queries are written for.
-    static constexpr std::int64_t currentVersion = 2;
+    static constexpr std::int64_t currentVersion = 3;
 
     /// Fails when a step up to the current version is missing, unreadable or empty.
     static Result<ObjectModel> load(const std::filesystem::path& folder);

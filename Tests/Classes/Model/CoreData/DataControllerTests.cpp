@@ -78,12 +78,16 @@ TEST_F(DataControllerTests, storage_is_the_size_of_the_store_file) {
             .empty());
 }
 
-TEST_F(DataControllerTests, a_store_of_the_first_version_keeps_its_rows) {
+class EarlierVersionTests : public DataControllerTests, public testing::WithParamInterface<const char*> {};
+INSTANTIATE_TEST_SUITE_P(, EarlierVersionTests, testing::Values("Version1.sqlite", "Version2.sqlite"),
+                         [](const auto& name) { return std::filesystem::path(name.param).stem().string(); });
+
+TEST_P(EarlierVersionTests, a_store_of_an_earlier_version_keeps_its_rows) {
     controller.reset();
     for (const char* suffix : {"", "-wal", "-shm"}) {
         std::filesystem::remove(file.string() + suffix);
     }
-    std::filesystem::copy_file(std::filesystem::path(TERALUNE_TEST_FIXTURES) / "Version1.sqlite", file);
+    std::filesystem::copy_file(std::filesystem::path(TERALUNE_TEST_FIXTURES) / GetParam(), file);
     reopen();
     EXPECT_EQ(number("PRAGMA user_version"), ObjectModel::currentVersion);
     EXPECT_EQ(repository().getNotebookEntry("x+1=2"),
@@ -127,10 +131,11 @@ TEST_F(DataControllerTests, the_library_does_not_run_without_its_store) {
     resources.write("DataModel.momd/Version1.sql", "CREATE TABLE NotebookEntry(id)");
     EXPECT_DEATH(DataController{without}, "Error initializing mom from: .*DataModel.momd");
     resources.write("DataModel.momd/Version2.sql", "CREATE TABLE NotebookEntry(id)");
+    resources.write("DataModel.momd/Version3.sql", "CREATE TABLE NotebookEntry(id)");
     services.documentsDirectories = {folder.path() / "fresh"};
     EXPECT_DEATH(DataController{without}, "Error migrating store: .*NotebookEntry");
 
-    const char* const scripts[] = {"PRAGMA user_version = 3", "PRAGMA user_version = 0"};
+    const char* const scripts[] = {"PRAGMA user_version = 4", "PRAGMA user_version = 0"};
     for (const char* script : scripts) {
         ASSERT_TRUE(std::move(Database::open({.file = file})).value().execute(script));
         EXPECT_DEATH(DataController{application}, "Error migrating store: ") << script;

@@ -116,7 +116,9 @@ TEST_F(NotebookEntryRepositoryTests, the_next_entry_to_cache_is_the_newest_that_
     EXPECT_EQ(number("SELECT count(*) FROM steps WHERE stepsData = 'steps of x=1'"), 2)
         << "a problem saved twice";
     EXPECT_EQ(note("y=2").lastCached(), moment(77));
+    repository().updateProblemWithSteps("x=1", "steps");
     repository().updateProblemWithSteps("nobody's problem", "steps");
+    EXPECT_EQ(number("SELECT value FROM stepsCount"), 4) << "steps that are replaced are counted once";
     EXPECT_EQ(repository().getNotebookEntry("graph")->count("stepsData"), 0U);
 }
 
@@ -132,6 +134,13 @@ TEST_F(NotebookEntryRepositoryTests, caching_stops_beyond_twenty_thousand_entrie
     repository().updateProblemWithSteps("p20002", "s");
     EXPECT_TRUE(repository().exceededMaximumCachedEntries());
     EXPECT_EQ(repository().nextEntryToCache(), std::nullopt);
+    repository().removeNotes({note("p1"), note("p2"), note("p20001")});
+    application.fakePlatform.printer->takeLines();
+    EXPECT_FALSE(repository().exceededMaximumCachedEntries());
+    EXPECT_TRUE(printed("Count found 19999 notes."));
+    repository().clear();
+    EXPECT_FALSE(repository().exceededMaximumCachedEntries());
+    EXPECT_TRUE(printed("Count found 0 notes."));
 }
 
 TEST_F(NotebookEntryRepositoryTests, a_note_is_looked_up_with_the_attributes_it_has) {
