@@ -1,15 +1,11 @@
 // Merges and lists twenty thousand notes and compares with SQLite driven by hand. Prints ratios; the exit
 // status says whether every goal was met.
 
+#include "Benchmarks/BenchmarkStore.h"
 #include "Benchmarks/HandWrittenLoader.h"
 #include "Benchmarks/InterleavedRatio.h"
 #include "Benchmarks/NotebookBytes.h"
-#include "Classes/Model/CoreData/DataController.h"
-#include "Classes/Model/CoreData/NotebookEntryRepository.h"
-#include "Platform/Dispatch/QueuePool.h"
 #include "Platform/Foundation/JsonMapping.h"
-#include "Tests/Support/FakeApplication.h"
-#include "Tests/Support/TemporaryFolder.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -25,53 +21,14 @@ constexpr std::size_t rounds = 9;
 constexpr int noteCount = 20000;
 constexpr std::size_t stepsSize = 50000;
 
-void require(bool holds, const char* what) {
-    if (!holds) {
-        std::fprintf(stderr, "the benchmark does not do what it measures: %s\n", what);
-        std::exit(2);
-    }
-}
-
-/// A store of our own in a fresh folder.
-class Store {
-public:
-    Store() {
-        PlatformServices& services = application_.fakePlatform.services;
-        services.documentsDirectories = {folder_.path()};
-        services.defaultQueue = services.queuePool->makeConcurrentQueue("default");
-        controller_ = std::make_unique<DataController>(application_);
-    }
-
-    void merge(std::string_view reply) {
-        const Result<boost::json::value> parsed = parseJson(reply);
-        repository().insertNotebookEntries(parsed.value().get_array());
-    }
-    NotebookEntryRepositoryType& repository() { return controller_->notebookEntryRepository(); }
-    std::filesystem::path file() const { return folder_.path() / "DataModel2.sqlite"; }
-
-    /// Gives the newest notes steps of 50 KB each.
-    void cacheSteps(int count, std::size_t size) {
-        const std::string steps(size, 's');
-        for (int note = 0; note < count; ++note) {
-            repository().updateProblemWithSteps(problemOf(note), steps);
-        }
-    }
-    void forgetLines() { application_.fakePlatform.printer->takeLines(); }
-
-private:
-    TemporaryFolder folder_;
-    FakeApplication application_;
-    std::unique_ptr<DataController> controller_;
-};
-
 bool compareMerges() {
     const std::string reply = notebookBytes(noteCount, {});
     const std::string changed = notebookBytes(noteCount, {.everyHundredthIsChanged = true});
     bool met = true;
 
-    std::unique_ptr<Store> fresh;
+    std::unique_ptr<BenchmarkStore> fresh;
     const auto first = [&] {
-        fresh = std::make_unique<Store>();
+        fresh = std::make_unique<BenchmarkStore>();
         const Duration time = timed([&] { fresh->merge(reply); });
         require(fresh->repository().noteCount() == noteCount, "the merge stores every note");
         return time;
@@ -86,7 +43,7 @@ bool compareMerges() {
                                     }),
                    1.25);
 
-    Store settled;
+    BenchmarkStore settled;
     settled.merge(reply);
     met &= printRatio("second merge of the same list / first merge",
                       interleavedRatio(
@@ -111,8 +68,33 @@ bool compareMerges() {
     return met;
 }
 
+/// The same store with no steps beside one with steps, so that the two take turns.
+bool compareNextToCache(BenchmarkStore& none) {
+    BenchmarkStore some;
+    some.merge(notebookBytes(noteCount, {}));
+    const auto askOf = [](BenchmarkStore& store) {
+        return [&store] {
+            constexpr int calls = 1000;
+            const Duration time = timed([&] {
+                for (int call = 0; call < calls; ++call) {
+                    require(store.repository().nextEntryToCache().has_value(), "a note is left to be cached");
+                }
+            });
+            store.application().fakePlatform.printer->takeLines();
+            return time;
+        };
+    };
+    bool met = true;
+    for (const int cached : {noteCount / 2, noteCount - 1}) {
+        some.cacheSteps(cached, 100);
+        met &= printRatio("next entry to cache with " + std::to_string(cached) + " cached / with none",
+                          interleavedRatio(rounds, askOf(some), askOf(none)), 1.5);
+    }
+    return met;
+}
+
 bool compareLists() {
-    Store store;
+    BenchmarkStore store;
     store.merge(notebookBytes(noteCount, {}));
     const Filter blank = store.repository().blankFilter();
     HandWrittenReader reader(store.file());
@@ -131,24 +113,8 @@ bool compareLists() {
     bool met = printRatio("list of 20,000 / plain SELECT into structs",
                           interleavedRatio(rounds * 3, ours, theirs), 1.2);
 
-    const auto nextToCache = [&] {
-        constexpr int calls = 200;
-        return timed([&] {
-            for (int call = 0; call < calls; ++call) {
-                require(store.repository().nextEntryToCache().has_value(), "a note is left to be cached");
-            }
-        });
-    };
-    const Duration withNone = medianOf(std::vector{nextToCache(), nextToCache(), nextToCache()});
-    store.cacheSteps(noteCount / 2, 100);
-    const Duration withHalf = medianOf(std::vector{nextToCache(), nextToCache(), nextToCache()});
-    store.cacheSteps(noteCount - 1, 100);
-    const Duration withAllButOne = medianOf(std::vector{nextToCache(), nextToCache(), nextToCache()});
-    std::printf("nextEntryToCache with 0, 10,000 and 19,999 cached: %.4f, %.4f, %.4f ms\n",
-                withNone.count() / 200, withHalf.count() / 200, withAllButOne.count() / 200);
-
+    met &= compareNextToCache(store);
     store.cacheSteps(noteCount, stepsSize);
-    store.forgetLines();
     met &= printRatio("the same with 50 KB of steps each", interleavedRatio(rounds * 3, ours, theirs), 1.2);
     met &= printRatio("tags, source and graph of the list / list",
                       interleavedRatio(
