@@ -157,6 +157,10 @@ CurlExchange::Next CurlExchange::end(void* easy, int code) {
         outcome_ = failed(failure(easy, code));
         return Next::finished;
     }
+    if (auto fault = reply_.fault()) {
+        outcome_ = failed(*std::move(fault));
+        return Next::finished;
+    }
     long status = 0;
     curl_easy_getinfo(easy, CURLINFO_RESPONSE_CODE, &status);
     HTTPURLResponse response{request_.url, static_cast<int>(status), reply_.takeHeaders()};

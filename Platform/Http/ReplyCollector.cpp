@@ -1,6 +1,9 @@
 #include "Platform/Http/ReplyCollector.h"
 
 #include "Platform/Foundation/AsciiText.h"
+#include "Platform/Http/HttpError.h"
+
+#include <algorithm>
 
 namespace teralune {
 
@@ -20,6 +23,19 @@ bool ReplyCollector::addHeaderLine(std::string_view line) {
         addField(line);
     }
     return true;
+}
+
+std::optional<Error> ReplyCollector::fault() const {
+    if (!isHeadComplete_) {
+        return httpTransportError(HttpTransportError::networkConnectionLost, "in the head of the reply");
+    }
+    const std::string length = headers_.value("Content-Length").value_or("");
+    const auto lengths = splitList(length, ',');
+    const auto differs = [&lengths](std::string_view one) { return one != lengths.front(); };
+    if (!headers_.contains("Transfer-Encoding") && std::any_of(lengths.begin(), lengths.end(), differs)) {
+        return httpTransportError(HttpTransportError::cannotParseResponse, "two lengths");
+    }
+    return std::nullopt;
 }
 
 /// libcurl unfolds no line: one that begins with a blank goes on with the field before it.

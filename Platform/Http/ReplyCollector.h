@@ -1,8 +1,10 @@
 #pragma once
 
+#include "Platform/Foundation/Error.h"
 #include "Platform/Http/HTTPURLResponse.h"
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -23,6 +25,9 @@ public:
     bool addBody(std::string_view piece);
 
     bool isTooLong() const { return isTooLong_; }
+    /// What is wrong with a reply that the engine takes for complete although the connection ended inside its
+    /// head, or although its lengths contradict each other, so that nobody knows where it ends.
+    std::optional<Error> fault() const;
     const HttpHeaders& headers() const { return headers_; }
     HttpHeaders takeHeaders() { return std::move(headers_); }
     std::string takeBody() { return std::move(body_); }

@@ -125,29 +125,20 @@ LoopbackServer::Reply&& LoopbackServer::Reply::hangUp() && {
 LoopbackServer::LoopbackServer(Script script)
     : script_(std::move(script))
     , listener_(listenOnLoopback())
-    , port_(portOf(listener_)) {
-    threads_.emplace_back([this] { accept(); });
-}
+    , port_(portOf(listener_))
+    , accepting_([this] { accept(); }) {}
 
 LoopbackServer::~LoopbackServer() {
-    std::vector<std::thread> threads;
     shutdown(listener_, SHUT_RDWR);
-    {
-        const std::lock_guard lock(mutex_);
-        isEnding_ = true;
-        threads.swap(threads_);
-        for (const int socket : sockets_) {
-            shutdown(socket, SHUT_RDWR);
-        }
-        changed_.notify_all();
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    for (const int socket : sockets_) {
-        close(socket);
-    }
+    accepting_.join();
     close(listener_);
+    std::unique_lock lock(mutex_);
+    isEnding_ = true;
+    for (const int socket : sockets_) {
+        shutdown(socket, SHUT_RDWR);
+    }
+    changed_.notify_all();
+    changed_.wait(lock, [this] { return sockets_.empty(); });
 }
 
 std::string LoopbackServer::url(std::string_view path) const {
@@ -172,7 +163,7 @@ std::vector<LoopbackServer::Request> LoopbackServer::requests() const {
 
 std::size_t LoopbackServer::connectionCount() const {
     const std::lock_guard lock(mutex_);
-    return sockets_.size();
+    return connectionCount_;
 }
 
 void LoopbackServer::accept() {
@@ -182,12 +173,15 @@ void LoopbackServer::accept() {
             return;
         }
         const std::lock_guard lock(mutex_);
-        if (isEnding_) {
+        ++connectionCount_;
+        sockets_.insert(socket);
+        std::thread([this, socket] {
+            serve(socket);
+            const std::lock_guard ending(mutex_);
+            sockets_.erase(socket);
             close(socket);
-            return;
-        }
-        sockets_.push_back(socket);
-        threads_.emplace_back([this, socket] { serve(socket); });
+            changed_.notify_all();
+        }).detach();
     }
 }
 
@@ -206,7 +200,6 @@ void LoopbackServer::serve(int socket) {
             changed_.notify_all();
         }
         if (!send(socket, script_(request))) {
-            shutdown(socket, SHUT_RDWR);
             return;
         }
     }

@@ -79,8 +79,9 @@ private:
     bool isEnding_ = false;
     std::set<std::string> released_;
     std::vector<Request> requests_;
-    std::vector<int> sockets_;
-    std::vector<std::thread> threads_;
+    std::set<int> sockets_; ///< of the connections that last, each of which has a thread of its own
+    std::size_t connectionCount_ = 0;
+    std::thread accepting_;
 };
 
 } // namespace teralune

@@ -37,13 +37,6 @@ TransferOutcome exchange(CurlTransport& transport, URLRequest request,
     return arrived.get_future().get();
 }
 
-/// The gzip form of 100,000 zero bytes.
-std::string compressedZeros() {
-    using namespace std::string_literals;
-    return "\x1f\x8b\x08\0\0\0\0\0\x02\x03\xed\xc1\x31\x01\0\0\0\xc2\xa0\xf5\x4f\x6d\x0d\x0f\xa0"s +
-           std::string(96, '\0') + "\x80\x57\x03\x7d\x95\x11\xd4\xa0\x86\x01\0"s;
-}
-
 TEST(RequestSchedule, starts_requests_in_order_within_the_limits_and_keeps_a_place_for_control) {
     RequestSchedule schedule(2, 3);
     for (const RequestSchedule::Id id : {1U, 2U, 3U, 4U}) {
@@ -108,50 +101,6 @@ TEST(CurlTransport, sends_exactly_what_the_request_says) {
         EXPECT_EQ(received.body, test.body.index() == 0 ? "" : "a=1&b=2");
     }
     EXPECT_EQ(server.connectionCount(), 1U);
-}
-
-TEST(CurlTransport, reads_replies_and_names_what_is_wrong_with_them) {
-    struct Case {
-        std::string reply;
-        std::int64_t code;
-        std::string body;
-    };
-    const std::string ok = "HTTP/1.1 200 OK\r\n";
-    const std::string gzip = ok + "Content-Encoding: gzip\r\n";
-    const Case cases[] = {
-        {ok + "Content-Length: 2\r\n\r\nok", 0, "ok"},
-        {"HTTP/1.1 100 Continue\r\nX-A: no\r\n\r\nHTTP/1.1 404 No\r\nX-A: b\r\n  c\r\nContent-Length: "
-         "2\r\n\r\nno",
-         0, "no"},
-        {ok + "Transfer-Encoding: chunked\r\n\r\n2\r\nok\r\n0\r\nX-A: trailer\r\n\r\n", 0, "ok"},
-        {ok + "\r\nuntil the end", 0, "until the end"},
-        {ok + "Content-Length: 9\r\n\r\nok", -1005, ""},
-        {ok + "Transfer-Encoding: chunked\r\n\r\n5\r\nok", -1005, ""},
-        {ok + "Transfer-Encoding: chunked\r\n\r\nnonsense\r\n", -1005, ""},
-        {"", -1005, ""},
-        {"nonsense\r\n\r\n", -1017, ""},
-        {ok + "Content-Length: minus\r\n\r\n", -1017, ""},
-        {ok + "X-Long: " + std::string(70'000, 'x') + "\r\n\r\n", -1103, ""},
-        {ok + "\r\n" + std::string(50'001, 'x'), -1103, ""},
-        {gzip + "\r\n" + compressedZeros(), -1103, ""},
-        {gzip + "\r\nnonsense", -1016, ""},
-    };
-    LoopbackServer server([&cases](const Received& request) {
-        return Reply::bytes(cases[std::stoul(request.target().substr(1))].reply).hangUp();
-    });
-    CurlTransport::Limits limits;
-    limits.bodyBytes = 50'000;
-    CurlTransport transport(limits);
-    for (std::size_t index = 0; index < std::size(cases); ++index) {
-        const TransferOutcome outcome = exchange(transport, get(server.url("/" + std::to_string(index))));
-        EXPECT_EQ(codeOf(outcome), cases[index].code) << cases[index].reply.substr(0, 200);
-        EXPECT_EQ(outcome.body, cases[index].body);
-        EXPECT_EQ(outcome.response.has_value(), cases[index].code == 0);
-        if (index == 1) {
-            EXPECT_EQ(outcome.response->statusCode, 404);
-            EXPECT_EQ(outcome.response->headers.value("x-a"), "b c");
-        }
-    }
 }
 
 TEST(CurlTransport, refuses_what_it_must_not_send_and_tells_why_it_cannot) {
@@ -256,28 +205,6 @@ TEST(CurlTransport, keeps_to_its_places_and_lets_control_pass) {
     server.release("all");
     allCompleted.get_future().get();
     EXPECT_EQ(server.requests().size(), count);
-}
-
-TEST(CurlTransport, gives_up_on_a_server_that_falls_silent_and_never_repeats_a_control_request) {
-    LoopbackServer server([](const Received& request) {
-        return request.target() == "/silent"    ? Reply().hold("never")
-               : request.target() == "/refresh" ? Reply().hangUp()
-                                                : Reply(200, "");
-    });
-    CurlTransport::Limits limits;
-    limits.idleTimeout = std::chrono::seconds(1);
-    limits.controlTimeout = std::chrono::milliseconds(100);
-    CurlTransport transport(limits);
-    EXPECT_EQ(codeOf(exchange(transport, get(server.url("/warm")))), 0);
-    EXPECT_EQ(codeOf(exchange(transport, {server.url("/refresh"), HttpMethod::post, {}, {}},
-                              TransferLane::control)),
-              -1005);
-    EXPECT_EQ(codeOf(exchange(transport, get(server.url("/silent")))), -1001);
-    EXPECT_EQ(server.requests().size(), 3U);
-
-    limits.idleTimeout = std::chrono::hours(1);
-    CurlTransport patient(limits);
-    EXPECT_EQ(codeOf(exchange(patient, get(server.url("/silent")), TransferLane::control)), -1001);
 }
 
 TEST(CurlTransport, trusts_no_certificate_that_only_its_owner_signed) {

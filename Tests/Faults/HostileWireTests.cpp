@@ -1,0 +1,220 @@
+#include "Platform/Http/CurlTransport.h"
+#include "Platform/Http/HttpError.h"
+#include "Tests/Faults/FaultCounts.h"
+#include "Tests/Support/LoopbackServer.h"
+
+#include <gtest/gtest.h>
+
+#include <future>
+
+namespace teralune {
+namespace {
+
+using namespace std::string_literals;
+using Reply = LoopbackServer::Reply;
+using Received = LoopbackServer::Request;
+
+constexpr std::size_t bodyLimit = 50'000;
+const std::string ok = "HTTP/1.1 200 OK\r\n";
+const std::string gzip = ok + "Content-Encoding: gzip\r\n";
+const std::string chunked = ok + "Transfer-Encoding: chunked\r\n\r\n";
+
+/// The gzip form of 100,000 zero bytes.
+const std::string compressedZeros =
+    "\x1f\x8b\x08\0\0\0\0\0\x02\x03\xed\xc1\x31\x01\0\0\0\xc2\xa0\xf5\x4f\x6d\x0d\x0f\xa0"s +
+    std::string(96, '\0') + "\x80\x57\x03\x7d\x95\x11\xd4\xa0\x86\x01\0"s;
+
+std::string repeated(std::string_view text, std::size_t count) {
+    std::string all;
+    for (std::size_t index = 0; index < count; ++index) {
+        all += text;
+    }
+    return all;
+}
+
+/// A transport under attack and what becomes of its requests.
+class Client {
+public:
+    explicit Client(const CurlTransport::Limits& limits = {}) : transport_(limits) {}
+
+    std::future<TransferOutcome> start(std::string url, TransferLane lane = TransferLane::standard) {
+        auto arrived = std::make_shared<std::promise<TransferOutcome>>();
+        transfers_.push_back(transport_.send(
+            {std::move(url), lane == TransferLane::control ? HttpMethod::post : HttpMethod::get, {}, {}},
+            lane, [arrived](TransferOutcome outcome) { arrived->set_value(std::move(outcome)); }));
+        return arrived->get_future();
+    }
+    TransferOutcome exchange(std::string url) { return start(std::move(url)).get(); }
+
+private:
+    CurlTransport transport_;
+    std::vector<std::unique_ptr<Transfer>> transfers_;
+};
+
+std::int64_t codeOf(const TransferOutcome& outcome) {
+    return outcome.error ? outcome.error->code : 0;
+}
+
+TEST(HostileWireTests, replies_are_read_or_it_is_named_what_is_wrong_with_them) {
+    struct Case {
+        std::string reply;
+        std::int64_t code;
+        std::string body = {};
+        int status = 200;
+    };
+    const std::string body = "Content-Length: 2\r\n\r\nok";
+    const Case cases[] = {
+        {ok + body, 0, "ok"},
+        {chunked + "2\r\nok\r\n0\r\nX-A: trailer\r\n\r\n", 0, "ok"},
+        {ok + "\r\nuntil the end", 0, "until the end"},
+        {"HTTP/1.1 100 Continue\r\nX-A: no\r\n\r\nHTTP/1.1 404 No\r\nX-A: b\r\n  c\r\n" + body, 0, "ok", 404},
+        {repeated("HTTP/1.1 103 Early\r\nX: y\r\n\r\n", 100) + ok + body, 0, "ok"},
+        {ok + "Content-Length: 2\r\n" + body, 0, "ok"},
+        {ok + "Content-Length: 3\r\nTransfer-Encoding: chunked\r\n\r\n2\r\nok\r\n0\r\n\r\n", 0, "ok"},
+        // Lengths that are wrong, and no reply of which anyone knew where it ends.
+        {ok + "Content-Length: 1\r\n\r\nok", 0, "o"},
+        {ok + "Content-Length: 9\r\n\r\nok", -1005},
+        {ok + "Content-Length: 3\r\n" + body, -1017},
+        {ok + "Content-Length: 2, 3\r\n\r\nok", -1017},
+        {ok + "Content-Length: -2\r\n\r\nok", -1017},
+        {ok + "Content-Length: minus\r\n\r\n", -1017},
+        {chunked + "5\r\nok", -1005},
+        {chunked + "nonsense\r\n", -1005},
+        {chunked + "-2\r\nok\r\n0\r\n\r\n", -1005},
+        {chunked + "FFFFFFFFFFFFFFFFF\r\nok", -1005},
+        {chunked + "7FFFFFFFFFFFFFFF\r\nok", -1005},
+        // No HTTP.
+        {"", -1005},
+        {"nonsense\r\n\r\n", -1017},
+        {std::string(100'000, '\0'), -1017},
+        {"HTTP/1.1 99999 No\r\n" + body, -1017},
+        {"HTTP/1.1 -20 No\r\n" + body, -1017},
+        {"HTTP/9.9 200 OK\r\n" + body, -1017},
+        {ok + "no colon\r\n" + body, -1017},
+        {ok + "A\0B: c\r\n"s + body, -1017},
+        {"HTTP/1.1 100 Continue\r\n\r\n", -1005},
+        // Too much.
+        {ok + "X-Long: " + std::string(70'000, 'x') + "\r\n\r\n", -1103},
+        {ok + "X-Long: " + std::string(1'000'000, 'x') + "\r\n\r\n", -1},
+        {ok + repeated("X-A: 1\r\n", 125'000) + "\r\n", -1103},
+        {repeated("HTTP/1.1 100 Continue\r\n\r\n", 40'000), -1103},
+        {chunked + "2\r\nok\r\n0\r\n" + repeated("X-A: 1\r\n", 125'000), -1103},
+        {ok + "\r\n" + std::string(bodyLimit + 1, 'x'), -1103},
+        {gzip + "\r\n" + compressedZeros, -1103},
+        {gzip + "\r\nnonsense", -1016},
+        {ok + "Content-Encoding: gzip" + repeated(", gzip", 100) + "\r\n\r\n", -1016},
+    };
+    LoopbackServer server([&cases](const Received& request) {
+        return Reply::bytes(cases[std::stoul(request.target().substr(1))].reply).hangUp();
+    });
+    CurlTransport::Limits limits;
+    limits.bodyBytes = bodyLimit;
+    Client client(limits);
+    for (std::size_t index = 0; index < std::size(cases); ++index) {
+        const TransferOutcome outcome = client.exchange(server.url("/" + std::to_string(index)));
+        EXPECT_EQ(codeOf(outcome), cases[index].code) << cases[index].reply.substr(0, 200);
+        EXPECT_EQ(outcome.body, cases[index].body);
+        EXPECT_EQ(outcome.response.has_value(), cases[index].code == 0);
+        EXPECT_EQ(outcome.response ? outcome.response->statusCode : 200, cases[index].status);
+        EXPECT_TRUE(cases[index].status != 404 || outcome.response->headers.value("x-a") == "b c");
+    }
+    printFaults("raw replies", std::size(cases), "each has its error or its body");
+}
+
+TEST(HostileWireTests, a_reply_that_breaks_off_at_any_byte_is_an_error) {
+    const std::string replies[] = {
+        ok + "Content-Type: application/json\r\nContent-Length: 12\r\n\r\n{\"jwt\":\"t2\"}",
+        "HTTP/1.1 100 Continue\r\n\r\n" + chunked + "5\r\n{\"a\":\r\n2\r\n1}\r\n0\r\nX-A: b\r\n\r\n",
+        gzip + "Content-Length: " + std::to_string(compressedZeros.size()) + "\r\n\r\n" + compressedZeros};
+    LoopbackServer server([&replies](const Received& request) {
+        const std::size_t mark = request.target().find('-');
+        const std::string& reply = replies[std::stoul(request.target().substr(1))];
+        return Reply::bytes(reply.substr(0, std::stoul(request.target().substr(mark + 1)))).hangUp();
+    });
+    Client client;
+    std::size_t points = 0;
+    for (std::size_t which = 0; which < std::size(replies); ++which) {
+        const auto cut = [&](std::size_t length) {
+            return client.exchange(server.url("/" + std::to_string(which) + "-" + std::to_string(length)));
+        };
+        const TransferOutcome whole = cut(replies[which].size());
+        EXPECT_EQ(codeOf(whole), 0);
+        for (std::size_t length = 0; length < replies[which].size(); ++length, ++points) {
+            const TransferOutcome outcome = cut(length);
+            // The very last byte, behind all that was announced, may be missing.
+            EXPECT_TRUE(codeOf(outcome) == -1005 ||
+                        (outcome.body == whole.body && length + 1 == replies[which].size()))
+                << replies[which].substr(0, length);
+        }
+    }
+    printFaults("replies that break off", points, "no part taken for the whole");
+}
+
+TEST(HostileWireTests, a_body_may_be_as_long_as_the_limit_and_no_byte_longer) {
+    CurlTransport::Limits limits;
+    limits.bodyBytes = faultCount(1 << 20, limits.bodyBytes);
+    const std::string body(limits.bodyBytes, 'x');
+    LoopbackServer server([&](const Received& request) {
+        return Reply::bytes(ok + "\r\n").then(body).then(request.target().substr(1)).hangUp();
+    });
+    Client client(limits);
+    EXPECT_EQ(client.exchange(server.url("/")).body.size(), body.size());
+    EXPECT_EQ(codeOf(client.exchange(server.url("/x"))), -1103);
+    printFaults("a body of " + std::to_string(body.size() + 1) + " bytes", 2, "refused at the last one");
+}
+
+TEST(HostileWireTests, a_server_that_falls_silent_anywhere_is_given_up) {
+    const std::string replies[] = {"",
+                                   "HTTP/1.1 2",
+                                   ok + "X-A: ",
+                                   ok + "Content-Length: 9\r\n\r\n",
+                                   ok + "Content-Length: 9\r\n\r\nok",
+                                   chunked + "5\r\n{",
+                                   "HTTP/1.1 100 Continue\r\n\r\n"};
+    LoopbackServer server([&replies](const Received& request) {
+        return request.target() == "/refresh" ? Reply().hangUp()
+               : request.target() == "/warm"
+                   ? Reply(200, "")
+                   : Reply::bytes(replies[std::stoul(request.target().substr(1))]).hold("never");
+    });
+    CurlTransport::Limits limits;
+    limits.idleTimeout = std::chrono::seconds(1);
+    limits.transfersPerHost = std::size(replies);
+    Client client(limits);
+    EXPECT_EQ(codeOf(client.exchange(server.url("/warm"))), 0);
+    // A token must not be refreshed twice, so a refresh is not repeated on a connection that was just closed.
+    EXPECT_EQ(codeOf(client.start(server.url("/refresh"), TransferLane::control).get()), -1005);
+    std::vector<std::future<TransferOutcome>> outcomes;
+    for (std::size_t which = 0; which < std::size(replies); ++which) {
+        outcomes.push_back(client.start(server.url("/" + std::to_string(which))));
+    }
+    for (auto& outcome : outcomes) {
+        EXPECT_EQ(codeOf(outcome.get()), -1001);
+    }
+    EXPECT_EQ(server.requests().size(), 2 + std::size(replies));
+
+    // The control lane has a limit for the whole exchange.
+    limits.idleTimeout = std::chrono::hours(1);
+    limits.controlTimeout = std::chrono::milliseconds(100);
+    Client patient(limits);
+    EXPECT_EQ(codeOf(patient.start(server.url("/0"), TransferLane::control).get()), -1001);
+    printFaults("silent servers", outcomes.size() + 1, "each given up");
+}
+
+TEST(HostileWireTests, what_follows_a_reply_is_never_the_next_request_s_reply) {
+    const std::string forged = ok + "Content-Length: 6\r\n\r\nforged";
+    LoopbackServer server([&forged](const Received& request) {
+        const std::string reply = ok + "Content-Length: 5\r\n\r\n" + request.target().substr(0, 5);
+        return Reply::bytes(reply + (request.target() == "/next" ? "" : forged));
+    });
+    Client client;
+    const std::size_t count = faultCount(50, 5'000);
+    for (std::size_t index = 0; index < count; ++index) {
+        EXPECT_EQ(client.exchange(server.url("/some")).body, "/some");
+        EXPECT_EQ(client.exchange(server.url("/next")).body, "/next");
+    }
+    printFaults("forged second replies", count, "none taken for a reply");
+}
+
+} // namespace
+} // namespace teralune
