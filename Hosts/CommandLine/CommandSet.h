@@ -5,6 +5,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <variant>
 
 namespace CLI { // NOLINT(readability-identifier-naming): not ours to name
 class App;
@@ -13,11 +14,16 @@ class App;
 namespace teralune {
 
 struct CommandContext;
+struct HostOptions;
+class Output;
 
 /// The words of the command line and what each of them does. Filled before the arguments are parsed.
 class CommandSet {
 public:
-    using Action = std::function<Result<void>(CommandContext&)>;
+    using ApplicationAction = std::function<Result<void>(CommandContext&)>;
+    /// What has to work while the application can't be made, such as its repair.
+    using BareAction = std::function<Result<void>(const HostOptions&, Output&)>;
+    using Action = std::variant<ApplicationAction, BareAction>;
 
     explicit CommandSet(CLI::App& root) : root_(root) {}
 
@@ -46,5 +52,6 @@ void addNoteCommands(CommandSet& commands);
 void addSolverCommands(CommandSet& commands);
 void addSettingsCommands(CommandSet& commands);
 void addStatusCommands(CommandSet& commands);
+void addStoreCommands(CommandSet& commands);
 
 } // namespace teralune

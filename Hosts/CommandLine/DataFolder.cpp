@@ -48,7 +48,7 @@ Result<void> checkStore(const fs::path& store) {
     if (!file && file.gcount() == 0 && file.eof())
         return {};
     if (std::string_view(head.data(), head.size()) != sqliteMagic)
-        return unusable(store, "it holds something other than a notebook");
+        return unusable(store, "it holds something other than a notebook; store repair sets it aside");
     return {};
 }
 

@@ -38,16 +38,24 @@ void addOptions(CLI::App& root, Options& options) {
     root.add_flag("--json", options.json, "Print one JSON value instead of text");
 }
 
-int run(const Options& options, const CommandSet::Action& action) {
+Result<void> runInApplication(const CommandSet::ApplicationAction& action, const Options& options,
+                              Output& output) {
     Result<std::unique_ptr<CommandLineApplication>> opened = CommandLineApplication::open(options.host);
     if (!opened)
-        return complain(opened.error().localizedDescription, ExitCode::failed);
+        return opened.error();
     CommandLineApplication& application = *opened.value();
-    Output output(options.json ? Output::Form::json : Output::Form::text);
     CommandContext context{application, output};
-
-    const Result<void> outcome = action(context);
+    Result<void> outcome = action(context);
     application.settle();
+    return outcome;
+}
+
+int run(const Options& options, const CommandSet::Action& action) {
+    Output output(options.json ? Output::Form::json : Output::Form::text);
+    const auto* bare = std::get_if<CommandSet::BareAction>(&action);
+    const Result<void> outcome =
+        bare ? (*bare)(options.host, output)
+             : runInApplication(std::get<CommandSet::ApplicationAction>(action), options, output);
     if (!output.finish())
         return complain("The output could not be written.", ExitCode::failed);
     if (outcome)
@@ -81,6 +89,7 @@ int main(int argc, char** argv) {
         addSettingsCommands(commands);
         addAccountCommands(commands);
         addStatusCommands(commands);
+        addStoreCommands(commands);
         try {
             root.parse(argc, argv);
         } catch (const CLI::ParseError& error) {

@@ -6,6 +6,7 @@
 
 #include <SQLiteCpp/Database.h>
 #include <SQLiteCpp/Exception.h>
+#include <cerrno>
 #include <new>
 #include <sqlite3.h>
 #include <string>
@@ -38,6 +39,30 @@ constexpr const char* writerSettings = "PRAGMA synchronous=NORMAL;"
                                        "PRAGMA journal_size_limit=5242880;"
                                        "PRAGMA secure_delete=FAST;";
 
+/// Takes the file's lock through the file itself, since what the file holds may be no database, and keeps it
+/// until the connection closes. In exclusive mode SQLite builds the index of the log in memory, so that a
+/// damaged one beside the file does no harm.
+int prepareSalvage(sqlite3* handle) {
+    sqlite3_file* file = nullptr;
+    int code = sqlite3_file_control(handle, "main", SQLITE_FCNTL_FILE_POINTER, &file);
+    for (const int lock : {SQLITE_LOCK_SHARED, SQLITE_LOCK_EXCLUSIVE}) {
+        if (code == SQLITE_OK) {
+            code = file->pMethods->xLock(file, lock);
+        }
+    }
+    sqlite3_db_config(handle, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+    // Under this one what can't be read of the schema is passed over, and a file that was cut off is opened.
+    sqlite3_db_config(handle, SQLITE_DBCONFIG_WRITABLE_SCHEMA, 1, nullptr);
+    sqlite3_db_config(handle, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+    // None of them reads the file. Without the check of its cells a damaged page would give rows that never
+    // were.
+    return code == SQLITE_OK ? sqlite3_exec(handle,
+                                            "PRAGMA locking_mode=EXCLUSIVE; PRAGMA temp_store=MEMORY;"
+                                            "PRAGMA mmap_size=0; PRAGMA cell_size_check=ON",
+                                            nullptr, nullptr, nullptr)
+                             : code;
+}
+
 } // namespace
 
 Database::Database(std::unique_ptr<State> state) : state_(std::move(state)) {}
@@ -47,13 +72,18 @@ Database& Database::operator=(Database&&) noexcept = default;
 
 Result<Database> Database::open(const Options& options) {
     const bool writes = options.access == Access::readWrite;
-    if (writes) {
+    const bool salvages = options.access == Access::salvage;
+    if (salvages && !std::filesystem::exists(options.file)) {
+        return systemError(ENOENT, options.file);
+    }
+    if (writes || salvages) {
         if (Result<void> file = makePrivateFile(options.file); !file) {
             return file.error();
         }
     }
     // The callers lock, so the connection need not do so again at each column.
-    const int access = writes ? SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE : SQLite::OPEN_READONLY;
+    const int access =
+        writes || salvages ? SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE : SQLite::OPEN_READONLY;
     std::unique_ptr<State> state;
     try {
         state = std::make_unique<State>(options, access | SQLite::OPEN_NOMUTEX);
@@ -66,6 +96,12 @@ Result<Database> Database::open(const Options& options) {
     }
     sqlite3* const handle = state->connection.getHandle();
     sqlite3_extended_result_codes(handle, 1);
+    if (salvages) {
+        if (const int code = prepareSalvage(handle); code != SQLITE_OK) {
+            return databaseError(code, nullptr);
+        }
+        return Database(std::move(state));
+    }
     sqlite3_db_config(handle, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     sqlite3_db_config(handle, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
 

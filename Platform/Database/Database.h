@@ -12,14 +12,23 @@
 namespace teralune {
 
 /// One connection to an SQLite file, used by one thread at a time; whoever shares it locks it. Nothing here
-/// throws: what fails gives an Error of databaseErrorDomain.
+/// throws: what fails gives an Error of databaseErrorDomain, or of systemErrorDomain where the file can't be
+/// made.
 ///
 /// A connection that may write makes the file (mode 0600) and its folder (0700) when they are missing, keeps
 /// a write-ahead log, checks foreign keys and does not trust the file's schema: no function with side effects
 /// runs from it, and it can't be damaged through SQL.
 class Database {
 public:
-    enum class Access { readWrite, readOnly };
+    enum class Access {
+        readWrite,
+        readOnly,
+        /// For reading what is left of a damaged file, which stays as it is, its write-ahead log included;
+        /// but for its mode, which becomes 0600. Opens whatever the file holds, and passes over the parts of
+        /// a schema that can't be read. Nobody else has the file open meanwhile, in this process or another;
+        /// opening fails at once when somebody has (isLocked()).
+        salvage
+    };
     /// Whether a statement is worth keeping prepared for the next use of the same SQL.
     enum class Reuse { kept, once };
 

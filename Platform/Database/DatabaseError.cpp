@@ -1,6 +1,8 @@
 #include "Platform/Database/DatabaseError.h"
 
 #include <sqlite3.h>
+#include <string>
+#include <system_error>
 
 namespace teralune {
 
@@ -12,6 +14,24 @@ Error databaseError(int code, sqlite3* connection) {
     const bool isLatest = connection != nullptr && sqlite3_extended_errcode(connection) == code;
     error.localizedDescription = isLatest ? sqlite3_errmsg(connection) : sqlite3_errstr(code);
     return error;
+}
+
+Error systemError(int code, const std::filesystem::path& path) {
+    return {std::string(systemErrorDomain),
+            code,
+            path.string() + ": " + std::generic_category().message(code),
+            {}};
+}
+
+bool isLocked(const Error& error) {
+    const auto primary = error.code & 0xFF;
+    return error.domain == databaseErrorDomain && (primary == SQLITE_BUSY || primary == SQLITE_LOCKED);
+}
+
+bool isUnreadable(const Error& error) {
+    const auto primary = error.code & 0xFF;
+    return error.domain == databaseErrorDomain && !isLocked(error) && primary != SQLITE_NOMEM &&
+           error.code != SQLITE_IOERR_NOMEM && primary != SQLITE_INTERRUPT;
 }
 
 } // namespace teralune

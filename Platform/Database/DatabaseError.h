@@ -2,17 +2,28 @@
 
 #include "Platform/Foundation/Error.h"
 
+#include <filesystem>
 #include <string_view>
 
 struct sqlite3;
 
 namespace teralune {
 
-/// The domain of the errors of Platform/Database. Their code is SQLite's extended result code, or the
-/// system's errno for a file that can't be made.
+/// The domains of the errors of Platform/Database: SQLite's, whose code is its extended result code, and the
+/// system's, whose code is an errno, for a file that can't be made or moved.
 inline constexpr std::string_view databaseErrorDomain = "DatabaseErrorDomain";
+inline constexpr std::string_view systemErrorDomain = "SystemErrorDomain";
 
 /// What went wrong on a connection just now; without a connection, what the code means.
 Error databaseError(int code, sqlite3* connection);
+
+/// What the system said of a file, by its errno.
+Error systemError(int code, const std::filesystem::path& path);
+
+/// Whether somebody else's lock is in the way.
+bool isLocked(const Error& error);
+/// Whether reading failed because of what the file holds or can't give, rather than for want of memory or of
+/// a lock, which says nothing of the file.
+bool isUnreadable(const Error& error);
 
 } // namespace teralune

@@ -6,7 +6,6 @@
 #include <fcntl.h>
 #include <string>
 #include <sys/stat.h>
-#include <system_error>
 #include <unistd.h>
 
 namespace teralune {
@@ -14,13 +13,6 @@ namespace {
 
 constexpr mode_t ownerOnlyFolder = 0700;
 constexpr mode_t ownerOnlyFile = 0600;
-
-Error systemError(int code, const std::filesystem::path& path) {
-    return {std::string(databaseErrorDomain),
-            code,
-            path.string() + ": " + std::generic_category().message(code),
-            {}};
-}
 
 Result<void> makePrivateFolder(const std::filesystem::path& folder) {
     if (folder.empty() || mkdir(folder.c_str(), ownerOnlyFolder) == 0 || errno == EEXIST) {

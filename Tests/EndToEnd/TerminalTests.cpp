@@ -283,6 +283,14 @@ TEST_F(TerminalTests, a_data_folder_that_cannot_be_used_is_refused_before_the_li
         EXPECT_EQ(outcome.exitCode, 1) << folder;
         EXPECT_THAT(outcome.error, MatchesRegex("teralune: [^\n]+\n")) << folder;
     }
+    const std::string torn = terminal_.folder() / "torn";
+    EXPECT_EQ(run({"--data-dir", torn, "--json", "store", "repair"}),
+              R"({"repaired":true,"notes":0,"steps":0,"damagedFile":")" + torn +
+                  "/DataModel2.damaged-1.sqlite\"}\n");
+    EXPECT_EQ(in("torn").exitCode, 0);
+    expectRefusal({"--data-dir", terminal_.folder(), "store", "repair"}, 1,
+                  "The notebook store can't be repaired: There is no notebook store at " +
+                      (terminal_.folder() / "DataModel2.sqlite.").string());
 }
 
 TEST_F(TerminalTests, output_that_cannot_be_written_and_servers_that_cannot_be_found_are_failures) {

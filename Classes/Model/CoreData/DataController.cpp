@@ -52,7 +52,7 @@ void DataController::openStore() {
                                     ? Result<void>(storeError(StoreErrorCode::noDocumentsDirectory,
                                                               "The user has no documents folder."))
                                     : persistentStoreCoordinator_->addPersistentStore(
-                                          platform.documentsDirectories.back() / "DataModel2.sqlite");
+                                          platform.documentsDirectories.back() / storeFileName);
     if (!opened) {
         const std::string message = "Error migrating store: " + opened.error().localizedDescription;
         platform.printer->print(message);

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <string_view>
 
 namespace teralune {
 
@@ -16,9 +17,11 @@ class PersistentStoreCoordinator;
 /// called from any thread.
 ///
 /// The library does not run without its store: a schema that is missing or unreadable and a file that can't
-/// be opened or migrated end the program while the controller is made.
+/// be opened or migrated end the program while the controller is made. repairStore() is the way out.
 class DataController {
 public:
+    static constexpr std::string_view storeFileName = "DataModel2.sqlite";
+
     /// Opens the store on the default-priority queue and waits for it. Making one in that queue's own work is
     /// a fatal error.
     explicit DataController(IApplication& application);

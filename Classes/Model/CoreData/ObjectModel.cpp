@@ -59,15 +59,16 @@ Result<void> ObjectModel::migrate(Database& store) const {
         }
     }
     for (std::int64_t step = version.value() + 1; step <= currentVersion; ++step) {
-        Result<void> taken = store.execute(scripts_[static_cast<std::size_t>(step - 1)]);
-        if (taken) {
-            taken = store.execute("PRAGMA user_version = " + std::to_string(step));
-        }
-        if (!taken) {
+        if (Result<void> taken = takeStep(store, step); !taken) {
             return taken;
         }
     }
     return transaction.value().commit();
+}
+
+Result<void> ObjectModel::takeStep(Database& store, std::int64_t version) const {
+    Result<void> taken = store.execute(scripts_[static_cast<std::size_t>(version - 1)]);
+    return taken ? store.execute("PRAGMA user_version = " + std::to_string(version)) : taken;
 }
 
 } // namespace teralune

@@ -26,6 +26,9 @@ public:
     /// then are as they were. A store that is current is only read.
     Result<void> migrate(Database& store) const;
 
+    /// Makes this version out of the one before, inside the caller's transaction.
+    Result<void> takeStep(Database& store, std::int64_t version) const;
+
 private:
     explicit ObjectModel(std::vector<std::string> scripts);
     std::vector<std::string> scripts_;

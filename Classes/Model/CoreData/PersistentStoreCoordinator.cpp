@@ -1,5 +1,7 @@
 #include "Classes/Model/CoreData/PersistentStoreCoordinator.h"
 
+#include "Platform/Database/FileReplacement.h"
+
 #include <utility>
 
 namespace teralune {
@@ -7,6 +9,9 @@ namespace teralune {
 PersistentStoreCoordinator::PersistentStoreCoordinator(ObjectModel model) : model_(std::move(model)) {}
 
 Result<void> PersistentStoreCoordinator::addPersistentStore(const std::filesystem::path& file) {
+    if (const Result<std::optional<std::filesystem::path>> repaired = finishReplacement(file); !repaired) {
+        return repaired.error();
+    }
     Result<Database> writer = Database::open({.file = file});
     if (!writer) {
         return writer.error();
@@ -22,6 +27,8 @@ Result<void> PersistentStoreCoordinator::addPersistentStore(const std::filesyste
         }
         reader = std::move(opened).value();
     }
+    // What a repair that was given up had copied of the notes.
+    discardReplacementDraft(file);
     stores_.push_back({file, std::move(writer).value(), std::move(reader)});
     return {};
 }

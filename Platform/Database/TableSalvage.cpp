@@ -1,0 +1,186 @@
+#include "Platform/Database/TableSalvage.h"
+
+#include "Platform/Database/Database.h"
+#include "Platform/Database/DatabaseError.h"
+#include "Platform/Foundation/Utf8.h"
+
+#include <limits>
+#include <string>
+#include <vector>
+
+namespace teralune {
+namespace {
+
+struct Column {
+    std::string name;
+    bool isText = false;
+};
+
+struct Table {
+    std::string name;
+    /// By what its rows are sorted in the file.
+    std::string key;
+    std::vector<Column> columns;
+};
+
+Result<std::vector<Table>> tablesOf(Database& database) {
+    std::vector<Table> tables;
+    Statement columns = database.statement("SELECT t.name, t.wr, c.name, c.type = 'TEXT', c.pk "
+                                           "FROM pragma_table_list AS t, pragma_table_info(t.name) AS c "
+                                           "WHERE t.schema = 'main' AND t.type = 'table' "
+                                           "AND t.name NOT LIKE 'sqlite%' ORDER BY t.name, c.cid",
+                                           Database::Reuse::once);
+    while (columns.nextRow()) {
+        if (tables.empty() || tables.back().name != columns.text(0)) {
+            tables.push_back({std::string(columns.text(0)), "rowid", {}});
+        }
+        if (columns.integer(1) != 0 && columns.integer(4) == 1) {
+            tables.back().key = columns.text(2);
+        }
+        tables.back().columns.push_back({std::string(columns.text(2)), columns.integer(3) != 0});
+    }
+    if (Result<void> result = columns.result(); !result) {
+        return result.error();
+    }
+    return tables;
+}
+
+/// The copy of one table. Its SQL is put together from names in the whole file, which are the program's own.
+class TableCopy {
+public:
+    TableCopy(Database& damaged, Database& whole, const Table& table, std::int64_t keySpan)
+        : damaged_(damaged)
+        , table_(table)
+        , insert_(whole.statement(insertion(table), Database::Reuse::once))
+        , up_(selection(table, "ASC"))
+        , down_(selection(table, "DESC"))
+        , keySpan_(keySpan)
+        , attemptsLeft_(2 * keySpan) {}
+
+    Result<void> run() {
+        if (const Result<void> prepared = damaged_.statement(up_).result(); !prepared) {
+            return isUnreadable(prepared.error()) ? Result<void>() : prepared;
+        }
+        std::vector<Range> ranges{{1, std::numeric_limits<std::int64_t>::max()}};
+        while (!ranges.empty() && attemptsLeft_ > 0) {
+            Range range = ranges.back();
+            ranges.pop_back();
+            for (const bool isUpwards : {true, false}) {
+                if (Result<void> walked = walk(range, isUpwards); !walked) {
+                    return walked;
+                }
+            }
+            if (range.low >= range.high) {
+                continue;
+            }
+            const std::int64_t middle = range.low + (range.high - range.low) / 2;
+            ranges.push_back({middle + 1, range.high});
+            ranges.push_back({range.low, middle});
+        }
+        return {};
+    }
+
+private:
+    /// The keys, both included, of which nothing is known yet.
+    struct Range {
+        std::int64_t low = 0;
+        std::int64_t high = 0;
+        bool isEmpty() const { return low > high; }
+    };
+
+    static std::string selection(const Table& table, const std::string& order) {
+        std::string types;
+        std::string names;
+        for (const Column& column : table.columns) {
+            types += (types.empty() ? "" : " AND ") + ("typeof(\"" + column.name + "\") IN ('null', '") +
+                     (column.isText ? "text')" : "integer')");
+            names += ", \"" + column.name + "\"";
+        }
+        return "SELECT " + table.key + ", " + types + names + " FROM \"" + table.name +
+               "\" NOT INDEXED WHERE " + table.key + " BETWEEN ? AND ? ORDER BY " + table.key + " " + order;
+    }
+
+    static std::string insertion(const Table& table) {
+        std::string names;
+        std::string values;
+        for (const Column& column : table.columns) {
+            names += (names.empty() ? "\"" : ", \"") + column.name + "\"";
+            values += values.empty() ? "?" : ", ?";
+        }
+        return "INSERT OR IGNORE INTO \"" + table.name + "\"(" + names + ") VALUES (" + values + ")";
+    }
+
+    /// Copies the rows of the range from one end on, and takes from it what has been seen: all of it, unless
+    /// a page can't be read.
+    Result<void> walk(Range& range, bool isUpwards) {
+        if (range.isEmpty()) {
+            return {};
+        }
+        bool hasRows = false;
+        Statement rows = damaged_.statement(isUpwards ? up_ : down_);
+        rows.bindAll(range.low, range.high);
+        while (rows.nextRow()) {
+            hasRows = true;
+            (isUpwards ? range.low : range.high) = rows.integer(0) + (isUpwards ? 1 : -1);
+            if (Result<void> copied = copyRow(rows); !copied) {
+                return copied;
+            }
+        }
+        Result<void> result = rows.result();
+        if (result) {
+            range = {1, 0};
+            return {};
+        }
+        if (!isUnreadable(result.error())) {
+            return result;
+        }
+        --attemptsLeft_;
+        // All keys beyond a last page that can't be read lead to it, and so give no end to search for.
+        if (!isUpwards && !hasRows && range.high - range.low > keySpan_) {
+            range.high = range.low + keySpan_;
+        }
+        return {};
+    }
+
+    Result<void> copyRow(Statement& row) {
+        bool isSound = row.integer(1) != 0;
+        for (std::size_t index = 0; index < table_.columns.size() && isSound; ++index) {
+            const int column = static_cast<int>(index) + 2;
+            const int parameter = static_cast<int>(index) + 1;
+            if (table_.columns[index].isText) {
+                const std::optional<std::string_view> text = row.optionalText(column);
+                isSound = !text || isValidUtf8(*text);
+                insert_.bind(parameter, text);
+            } else {
+                insert_.bind(parameter, row.optionalInteger(column));
+            }
+        }
+        // A text that was too long for the memory reads as none, and the row's statement has failed.
+        return isSound && row.result() ? insert_.run() : Result<void>();
+    }
+
+    Database& damaged_;
+    const Table& table_;
+    Statement insert_;
+    std::string up_;
+    std::string down_;
+    std::int64_t keySpan_;
+    std::int64_t attemptsLeft_;
+};
+
+} // namespace
+
+Result<void> salvageTables(Database& damaged, Database& whole, std::int64_t keySpan) {
+    const Result<std::vector<Table>> tables = tablesOf(whole);
+    if (!tables) {
+        return tables.error();
+    }
+    for (const Table& table : tables.value()) {
+        if (Result<void> copied = TableCopy(damaged, whole, table, keySpan).run(); !copied) {
+            return copied;
+        }
+    }
+    return {};
+}
+
+} // namespace teralune
