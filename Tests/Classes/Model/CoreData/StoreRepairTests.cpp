@@ -1,5 +1,6 @@
 #include "Classes/Model/CoreData/StoreRepair.h"
 
+#include "Classes/Model/CoreData/ObjectModel.h"
 #include "Classes/Model/CoreData/StoreError.h"
 #include "Tests/Classes/Model/CoreData/StoreFixture.h"
 
@@ -30,11 +31,9 @@ protected:
         std::ifstream stream(of, std::ios::binary);
         return {std::istreambuf_iterator<char>(stream), {}};
     }
-    /// An index that says nothing of its table: every row can be read, and yet the store is damaged.
-    void damage() const {
-        ASSERT_TRUE(std::move(Database::open({.file = file}))
-                        .value()
-                        .execute("DROP INDEX entriesByProblem; CREATE TABLE planted(id)"));
+    /// Every row can be read, and yet the store is damaged.
+    void damage(const char* script = "DROP INDEX entriesByProblem; CREATE TABLE planted(id)") const {
+        ASSERT_TRUE(std::move(Database::open({.file = file})).value().execute(script));
     }
     void expectTheNote() {
         controller = std::make_unique<DataController>(application);
@@ -50,7 +49,7 @@ TEST_F(StoreRepairTests, what_is_no_damage_is_left_alone) {
     EXPECT_EQ(bytesOf(file), before);
     controller = std::make_unique<DataController>(application);
     EXPECT_EQ(repair().error(), storeError(StoreErrorCode::storeInUse, ""));
-    execute("PRAGMA user_version = 3");
+    execute("PRAGMA user_version = " + std::to_string(ObjectModel::currentVersion + 1));
     controller.reset();
     EXPECT_EQ(repair().error(), storeError(StoreErrorCode::newerStore, ""));
     std::filesystem::remove(file);
@@ -60,8 +59,11 @@ TEST_F(StoreRepairTests, what_is_no_damage_is_left_alone) {
 }
 
 TEST_F(StoreRepairTests, a_damaged_store_is_set_aside_under_a_name_of_its_own) {
-    for (const char* name : {"DataModel2.damaged-1.sqlite", "DataModel2.damaged-2.sqlite"}) {
-        damage();
+    const std::pair<const char*, const char*> damages[] = {
+        {"DataModel2.damaged-1.sqlite", "UPDATE stepsCount SET value = 30000"},
+        {"DataModel2.damaged-2.sqlite", "DROP INDEX entriesByProblem; CREATE TABLE planted(id)"}};
+    for (const auto& [name, script] : damages) {
+        damage(script);
         const std::string before = bytesOf(file);
         const StoreRepairReport report = repair().value();
         EXPECT_EQ(report.outcome, Outcome::repaired);
