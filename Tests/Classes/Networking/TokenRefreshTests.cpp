@@ -1,13 +1,9 @@
 #include "Classes/Interfaces/ITeraluneConstants.h"
-#include "Platform/Dispatch/MainQueue.h"
-#include "Platform/Dispatch/QueuePool.h"
 #include "Tests/Classes/Networking/NetworkingFixture.h"
 
 #include <gmock/gmock.h>
 
-#include <atomic>
 #include <stdexcept>
-#include <thread>
 
 namespace teralune {
 namespace {
@@ -161,50 +157,6 @@ TEST_F(TokenRefreshTests, a_client_that_ends_during_a_refresh_answers_everyone_o
     answer(2, reply(200, R"({"jwt":"new"})"));
     EXPECT_THAT(told, testing::UnorderedElementsAre("a failed", "b failed"));
     EXPECT_EQ(application.settings.accessToken(), "old");
-}
-
-/// The same with threads: replies arrive on one, the delegate queue is another, requests come from two more.
-TEST_F(TokenRefreshTests, a_storm_of_refused_requests_is_answered_in_full_and_so_is_one_that_is_cut_short) {
-    constexpr int count = 200;
-    networking.reset();
-    const auto mainQueue = std::make_shared<MainQueue>();
-    PlatformServices& services = application.fakePlatform.services;
-    services.mainQueue = mainQueue;
-    services.httpDelegateQueue = services.queuePool->makeSerialQueue("delegate");
-    std::atomic<int> refreshes = 0;
-    services.transport = std::make_shared<ScriptedTransport>(
-        services.backgroundPool->makeSerialQueue("transport"), [&](const URLRequest& request) {
-            const HttpHeaders session{{"Set-Cookie", "PLAY_SESSION=s; Path=/"}};
-            if (request.url.ends_with("/refresh")) {
-                ++refreshes;
-                return ScriptedTransport::reply(200, R"({"jwt":"new"})", session);
-            }
-            const bool isFresh = request.headers.value("Cookie")->find("tq.token=new") != std::string::npos;
-            return ScriptedTransport::reply(isFresh ? 200 : 403, "true", session);
-        });
-    networking.emplace(application, application.constants);
-
-    std::vector<int> timesTold(count);
-    int total = 0;
-    const auto send = [&](int first) {
-        for (int index = first; index < count; index += 2)
-            networking->hasWebNotes([&, index](bool isTrue) {
-                timesTold[static_cast<std::size_t>(index)] += isTrue ? 1 : 100;
-                ++total;
-            });
-    };
-    std::thread other(send, 1);
-    send(0);
-    other.join();
-    EXPECT_TRUE(mainQueue->runUntil([&] { return total == count; }, std::chrono::seconds(30)));
-    EXPECT_THAT(timesTold, testing::Each(1));
-    EXPECT_GE(refreshes, 1);
-
-    // Once more, but the client ends in the middle of it.
-    application.settings.setAccessToken("old");
-    send(0);
-    networking.reset();
-    EXPECT_TRUE(mainQueue->runUntil([&] { return total == count * 3 / 2; }, std::chrono::seconds(30)));
 }
 
 } // namespace

@@ -1,0 +1,197 @@
+#include "Tests/Faults/FaultCounts.h"
+#include "Tests/Faults/StuckLookups.h"
+#include "Tests/Faults/Wires.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstdlib>
+#include <thread>
+
+namespace teralune {
+namespace {
+
+TEST(RequestRaceTests, cancels_from_any_thread_meet_completions_once) {
+    constexpr std::size_t batch = 500;
+    constexpr std::size_t underWay = 16;
+    const std::size_t rounds = faultCount(10, 200);
+    Wires wires;
+    std::size_t cancelled = 0;
+    for (std::size_t round = 0; round < rounds; ++round) {
+        wires.expect(batch);
+        std::vector<RequestHandle> handles(batch);
+        std::atomic<std::size_t> sent = 0;
+        std::vector<std::thread> cancelling;
+        for (std::size_t thread = 0; thread < 4; ++thread) {
+            cancelling.emplace_back([&, thread] {
+                // Each thread lags behind in its own way, so that cancels meet requests of every age.
+                const std::size_t lag = thread * thread * 3;
+                for (std::size_t index = thread; index < batch; index += 5) {
+                    while (sent <= std::min(index + lag, batch - 1)) {
+                        std::this_thread::yield();
+                    }
+                    handles[index].cancel();
+                }
+            });
+        }
+        for (std::size_t index = 0; index < batch; ++index) {
+            handles[index] = wires.send(index, wires.server.url("/" + std::to_string(index)));
+            sent = index + 1;
+            wires.main->runUntil([&] { return index + 1 < wires.told + underWay; });
+        }
+        wires.expectEachToldOnce();
+        for (std::thread& thread : cancelling) {
+            thread.join();
+        }
+        EXPECT_EQ(wires.successes + wires.cancellations, batch);
+        EXPECT_GE(wires.successes, batch / 5);
+        cancelled += wires.cancellations;
+    }
+    EXPECT_GT(cancelled, 0U);
+    printFaults("cancel against completion", rounds * batch,
+                std::to_string(cancelled) + " cancelled, each told once");
+}
+
+TEST(RequestRaceTests, completions_may_end_everything) {
+    const std::size_t rounds = faultCount(100, 5'000);
+    constexpr std::size_t count = 24;
+    Wires wires;
+    for (std::size_t round = 0; round < rounds; ++round) {
+        wires.application.settings.setAccessToken(round % 2 == 0 ? "old" : "new");
+        wires.expect(2 * count);
+        std::vector<RequestHandle> handles(count);
+        const std::string held = "/held" + std::to_string(round);
+        wires.onTold = [&] {
+            if (wires.told == round % count + 1) {
+                round % 3 == 0   ? handles.clear()
+                : round % 3 == 1 ? wires.manager.reset()
+                                 : wires.networking.reset();
+            }
+        };
+        for (std::size_t index = 0; index < count; ++index) {
+            const std::string path = index % 12 == 3 && round % 3 < 2 ? held : "/";
+            handles[index] = wires.send(index, wires.server.url(path));
+            wires.networking->hasWebNotes(
+                [&wires, index](bool isTrue) { wires.tell(count + index, isTrue); });
+        }
+        wires.main->runUntil([&] { return wires.told > round % count; });
+        handles.clear();
+        wires.expectEachToldOnce();
+        wires.onTold = nullptr;
+        wires.server.release(held);
+        wires.manager.reset();
+        wires.networking.reset();
+        wires.open();
+    }
+    printFaults("ends from within a completion", rounds,
+                std::to_string(2 * count) + " requests each, told once");
+}
+
+TEST(RequestRaceTests, a_shutdown_tells_everyone_and_waits_for_nobody) {
+    constexpr std::size_t count = 1'000;
+    constexpr std::size_t lookups = 20;
+    Wires wires;
+    wires.expect(count);
+    for (std::size_t index = 0; index < count; ++index) {
+        const std::string stuck = "http://h" + std::to_string(index) + ".stuck.test/";
+        wires.send(index, index < lookups ? stuck : wires.server.url("/held")).detach();
+    }
+    StuckLookups::waitFor(lookups);
+    wires.server.waitForRequests(6);
+    const auto begin = std::chrono::steady_clock::now();
+    wires.manager.reset();
+    wires.networking.reset();
+    wires.application.fakePlatform.services.transport.reset();
+    const std::chrono::duration<double, std::milli> taken = std::chrono::steady_clock::now() - begin;
+    wires.expectEachToldOnce();
+    EXPECT_EQ(wires.cancellations, count);
+    StuckLookups::releaseAll();
+    printFaults("shutdown with requests under way", count,
+                "each told -999, in " + std::to_string(taken.count()) + " ms, with " +
+                    std::to_string(lookups) + " lookups stuck");
+}
+
+TEST(RequestRaceTests, a_process_may_exit_with_requests_under_way) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const std::size_t rounds = faultCount(3, 100);
+    for (std::size_t round = 0; round < rounds; ++round) {
+        EXPECT_EXIT(
+            {
+                // One transport lives until the end, another, which is shaking hands, ends with the static
+                // objects.
+                static Wires& kept = *new Wires;
+                static const std::shared_ptr<HttpTransport> ending = std::make_shared<CurlTransport>();
+                kept.expect(100);
+                for (std::size_t index = 0; index < 100; ++index) {
+                    kept.send(index, index < 2 ? "http://a.stuck.test/" : kept.server.url("/held")).detach();
+                }
+                static const auto transfer =
+                    ending->send({"https" + kept.server.url().substr(4), HttpMethod::get, {}, {}},
+                                 TransferLane::standard, [](const TransferOutcome&) {});
+                StuckLookups::waitFor(1);
+                kept.server.waitForRequests(6);
+                round % 2 == 0 ? std::exit(0) : std::quick_exit(0);
+            },
+            testing::ExitedWithCode(0), "");
+    }
+    printFaults("exit with requests under way", rounds, "status 0");
+}
+
+TEST(RequestRaceTests, a_storm_of_refused_requests_is_answered_in_full) {
+    const std::size_t count = faultCount(400, 10'000);
+    Wires wires;
+    wires.expect(count);
+    const auto send = [&](std::size_t first) {
+        for (std::size_t index = first; index < count; index += 2) {
+            wires.networking->hasWebNotes([&wires, index](bool isTrue) { wires.tell(index, isTrue); });
+        }
+    };
+    std::thread other(send, 1);
+    send(0);
+    other.join();
+    wires.expectEachToldOnce();
+    EXPECT_EQ(wires.successes, count);
+    EXPECT_GE(wires.refreshes, 1U);
+    printFaults("requests with a stale token", count,
+                std::to_string(wires.refreshes) + " refreshes, all answered");
+}
+
+TEST(RequestRaceTests, one_request_that_is_refused_for_ever_or_a_refresh_that_hangs_holds_up_nobody_else) {
+    const std::size_t count = faultCount(100, 5'000);
+    for (const bool hangs : {false, true}) {
+        Wires wires;
+        (hangs ? wires.isRefreshHeld : wires.refusesForEver) = true;
+        wires.expect(count + 1);
+        wires.networking->hasWebNotes([&wires, count](bool isTrue) { wires.tell(count, isTrue); });
+        for (std::size_t index = 0; index < count; ++index) {
+            wires.networking->verify(
+                "p", "s", SolutionOrigin::input,
+                [&wires, index](const VerifyReply& reply) { wires.tell(index, reply.success); });
+        }
+        wires.main->runUntil([&] { return wires.told == count && wires.refreshes > (hangs ? 0U : 10U); });
+        EXPECT_EQ(wires.runs[count], 0);
+        wires.networking.reset();
+        wires.expectEachToldOnce();
+        EXPECT_EQ(wires.successes, count);
+        printFaults(hangs ? "a refresh that hangs" : "a request that is refused for ever", count,
+                    "the others answered, " + std::to_string(wires.refreshes) + " refreshes");
+    }
+}
+
+TEST(RequestRaceTests, a_refresh_that_never_ends_fails_what_waits_for_it_and_the_next_one_helps) {
+    CurlTransport::Limits limits;
+    limits.controlTimeout = std::chrono::milliseconds(50);
+    Wires wires(limits);
+    wires.isRefreshHeld = true;
+    for (const std::size_t successes : {0U, 20U}) {
+        wires.expect(20);
+        for (std::size_t index = 0; index < wires.runs.size(); ++index) {
+            wires.networking->hasWebNotes([&wires, index](bool isTrue) { wires.tell(index, isTrue); });
+        }
+        wires.expectEachToldOnce();
+        EXPECT_EQ(wires.successes, successes);
+        wires.isRefreshHeld = false;
+    }
+}
+
+} // namespace
+} // namespace teralune
