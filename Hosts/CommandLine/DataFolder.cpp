@@ -7,6 +7,7 @@
 #include <fstream>
 #include <string>
 #include <string_view>
+#include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -57,9 +58,11 @@ Result<void> checkStore(const fs::path& store) {
 Result<void> prepareDataFolder(const fs::path& folder) {
     std::error_code failure;
     if (!fs::exists(folder, failure)) {
+        // Whoever may write to a folder above this one can put another in its place, so those that are
+        // missing are made the owner's alone, too. No thread runs yet that would make a file meanwhile.
+        const mode_t before = ::umask(S_IRWXG | S_IRWXO);
         fs::create_directories(folder, failure);
-        if (!failure)
-            fs::permissions(folder, fs::perms::owner_all, failure);
+        ::umask(before);
         if (failure)
             return unusable(folder, failure.message());
     }

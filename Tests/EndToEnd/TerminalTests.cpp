@@ -137,31 +137,6 @@ TEST_F(TerminalTests, the_notebooks_story_from_sign_up_to_sign_out) {
     EXPECT_FALSE(terminal_.keeps("Two roots", "DataModel2"));
 }
 
-TEST_F(TerminalTests, a_password_is_kept_nowhere_and_shown_nowhere) {
-    terminal_.environment["TERALUNE_NEW_PASSWORD"] = "Qw9-unmistakable";
-    std::string shown;
-    for (const Arguments& command : {Arguments{"sign-up", email},
-                                     {"sign-out"},
-                                     {"sign-in", email},
-                                     {"account", "password"},
-                                     {"account", "email", "b@teralune.example"}}) {
-        Arguments arguments = {"--verbose"};
-        arguments.insert(arguments.end(), command.begin(), command.end());
-        const Terminal::Outcome outcome = terminal_.run(arguments);
-        shown += outcome.output + outcome.error;
-    }
-    EXPECT_EQ(service_->requestLog().count("/mobileLogin"), 1U);
-    EXPECT_EQ(service_->requestLog().count("/api/user/changePassword"), 1U);
-    EXPECT_THAT(shown, AllOf(HasSubstr("/mobileLogin"), Not(HasSubstr("unmistakable"))));
-    EXPECT_TRUE(terminal_.keeps("/mobileLogin", "teralune.log"));
-    EXPECT_FALSE(terminal_.keeps("unmistakable"));
-    // The token is where it belongs, and in no log.
-    const std::string token = lastRequestTo("/api/user/changePassword").cookie("tq.token").value_or("none");
-    EXPECT_TRUE(terminal_.keeps(token, "UserDefaults"));
-    EXPECT_FALSE(terminal_.keeps(token, "teralune.log"));
-    EXPECT_THAT(shown, Not(HasSubstr(token)));
-}
-
 TEST_F(TerminalTests, a_refusal_is_one_line_and_leaves_the_notebook_as_it_was) {
     expectRefusal({"whoami"}, 1, "Nobody is signed in.");
     expectRefusal({"sync"}, 1, "Nobody is signed in.");

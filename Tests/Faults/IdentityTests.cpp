@@ -1,0 +1,263 @@
+#include "Hosts/CommandLine/DataFolder.h"
+#include "SolverService/Model/NoteRecord.h"
+#include "SolverService/SolverService.h"
+#include "Tests/EndToEnd/Terminal.h"
+#include "Tests/Faults/FaultCounts.h"
+#include "Tests/Faults/Wires.h"
+#include "Tests/Support/SelfSignedServer.h"
+
+#include <filesystem>
+#include <fstream>
+#include <future>
+#include <set>
+#include <sys/stat.h>
+
+namespace teralune {
+namespace {
+
+using service::Fault;
+using Received = LoopbackServer::Request;
+
+std::string hostOf(const LoopbackServer& server) {
+    return server.url("").substr(std::string_view("http://").size());
+}
+
+std::string replacing(std::string text, std::string_view what, std::string_view with) {
+    for (std::size_t at = 0; (at = text.find(what, at)) != std::string::npos; at += with.size())
+        text.replace(at, what.size(), with);
+    return text;
+}
+
+TEST(IdentityTests, nothing_that_tells_who_asks_follows_a_redirect_to_another_origin) {
+    // SELF is the origin that was asked, OTHER another one, NAME another name of the same machine.
+    const char* locations[] = {"http://OTHER/x",
+                               "//OTHER/x",
+                               "HTTP://OTHER/x",
+                               "http:/OTHER/x",
+                               "http:///OTHER/x",
+                               "http:OTHER/x",
+                               "http://SELF@OTHER/x",
+                               "http://u:p@OTHER/x",
+                               "http://SELF:80@OTHER/x",
+                               "\\\\OTHER\\x",
+                               "/\\OTHER/x",
+                               "\\/OTHER/x",
+                               "http:\\\\OTHER/x",
+                               "http://SELF\\@OTHER/x",
+                               "http://SELF%2f@OTHER/x",
+                               "http://SELF#@OTHER/x",
+                               "http://SELF?@OTHER/x",
+                               "http://OTHER#@SELF/x",
+                               "\thttp://OTHER/x",
+                               "http://OTHER\\.SELF/x",
+                               "http://SELF.OTHER/x",
+                               "http://NAME/x",
+                               "//NAME/x",
+                               "/away",
+                               "away",
+                               "https://TLS/x",
+
+                               "ftp://OTHER/x",
+                               "file:///etc/passwd",
+                               "javascript:alert(1)",
+                               ""};
+    LoopbackServer other([](const Received&) { return LoopbackServer::Reply(200, "other"); });
+    SelfSignedServer tls;
+    std::string self;
+    LoopbackServer server([&](const Received& request) {
+        // The target tells status and place.
+        int status = 0;
+        std::size_t place = 0;
+        if (std::sscanf(request.target().c_str(), "/from/%d-%zu", &status, &place) != 2)
+            return request.target().ends_with("/away")
+                       ? LoopbackServer::Reply(307, "", {{"Location", other.url()}})
+                       : LoopbackServer::Reply(200, "self");
+        std::string location = locations[place];
+        location = replacing(location, "OTHER", hostOf(other));
+        location = replacing(location, "SELF", self);
+        location = replacing(location, "NAME", "localhost" + self.substr(self.find(':')));
+        location = replacing(location, "TLS", tls.url().substr(8, tls.url().size() - 9));
+        return LoopbackServer::Reply(status, "", {{"Location", location}});
+    });
+    self = hostOf(server);
+    CurlTransport transport;
+    std::size_t points = 0;
+    for (const int status : {301, 302, 303, 307, 308})
+        for (const HttpMethod method : {HttpMethod::get, HttpMethod::post})
+            for (std::size_t place = 0; place < std::size(locations); ++place, ++points) {
+                URLRequest request{
+                    server.url("/from/" + std::to_string(status) + "-" + std::to_string(place)),
+                    method,
+                    {{"Cookie", "tq.token=s3cret"},
+                     {"authorization", "Bearer s3cret"},
+                     {"Proxy-Authorization", "s3cret"},
+                     {"X-Key", "s3cret"}},
+                    {}};
+                std::promise<void> ended;
+                const auto transfer = transport.send(std::move(request), TransferLane::standard,
+                                                     [&ended](const TransferOutcome&) { ended.set_value(); });
+                ended.get_future().get();
+            }
+    std::size_t followed = 0;
+    for (const LoopbackServer* each : {&server, &other})
+        for (const Received& request : each->requests()) {
+            const bool isForeign = request.header("Host") != self;
+            followed += isForeign ? 1 : 0;
+            EXPECT_EQ(request.head.find("s3cret") != std::string::npos, !isForeign) << request.head;
+        }
+    tls.end();
+    EXPECT_EQ(tls.completedHandshakes(), 0);
+    EXPECT_GT(followed, points / 4);
+    printFaults("redirects", points,
+                std::to_string(followed) + " followed to other origins, without identity");
+}
+
+TEST(IdentityTests, a_control_character_never_reaches_a_header) {
+    std::vector<std::string> attacks = {"\r\nX-Injected: y",
+                                        "\r\n\r\nGET /forged HTTP/1.1\r\nHost: x\r\n\r\n",
+                                        "\xc2\x85X-Injected: y", "\xe2\x80\xa8X-Injected: y"};
+    for (char control = 0; control < ' '; ++control)
+        attacks.push_back(std::string(1, control) + "X-Injected: y");
+    attacks.push_back("\x7fX-Injected: y");
+    Wires wires;
+    FakeApplication& host = wires.application;
+    FakeDevice& device = *host.fakePlatform.device;
+    host.settings.setConnectedID("c1");
+    std::string problem;
+    std::string token;
+    std::string* const fields[] = {&host.name,      &host.version, &host.build, &device.model,
+                                   &device.version, &problem,      &token};
+    wires.expect(std::size(fields) * attacks.size());
+    std::size_t points = 0;
+    for (std::string* field : fields)
+        for (const std::string& attack : attacks) {
+            const std::string before = std::exchange(*field, "a" + attack);
+            host.settings.setAccessToken(token.empty() ? "new" : token);
+            wires.networking->verify(
+                problem, problem, SolutionOrigin::input,
+                [&wires, points](const VerifyReply& reply) { wires.tell(points, reply.success); });
+            ++points;
+            wires.main->runUntil([&] { return wires.told == points; });
+            *field = before;
+        }
+    wires.expectEachToldOnce();
+    for (const Received& request : wires.server.requests()) {
+        const std::string lines = replacing(request.head, "\r\n", "");
+        EXPECT_TRUE(std::none_of(lines.begin(), lines.end(), [](char c) {
+            return (c >= 0 && c < ' ') || c == '\x7f';
+        })) << request.head;
+        EXPECT_TRUE(request.target().starts_with("/api/verifySolution?") &&
+                    request.headers("X-Injected").empty());
+        EXPECT_TRUE(request.body.empty());
+    }
+    // A token that can't be sent is left out, blanks are replaced; of the rest not a byte leaves.
+    EXPECT_EQ(wires.server.requests().size(), wires.successes);
+    EXPECT_GT(wires.successes, 2 * attacks.size());
+    EXPECT_LT(wires.successes, points);
+    printFaults("control characters in what headers are made of", points,
+                std::to_string(wires.successes) + " sent without them, the others not at all");
+}
+
+/// The terminal's program, its service, and all that it writes and shows.
+class SecretsTest : public testing::Test {
+protected:
+    SecretsTest() {
+        SolverService::Options options;
+        options.demoAccount = SolverService::DemoAccount::none;
+        service = std::move(SolverService::start(options).value());
+        terminal.emplace(std::vector<std::string>{"--api-host", service->host(), "--http", "--verbose"});
+    }
+    ~SecretsTest() override { ::umask(before); }
+
+    void run(std::vector<std::string> arguments, const char* password = "Cx7-first") {
+        terminal->environment["TERALUNE_PASSWORD"] = password;
+        terminal->environment["TERALUNE_NEW_PASSWORD"] = "Cx7-second";
+        auto program = terminal->start(arguments);
+        keep(program.wait());
+    }
+    void keep(const Terminal::Outcome& outcome) {
+        ++commands;
+        shown += outcome.output + outcome.error;
+        expectPrivateFiles();
+    }
+    void expectPrivateFiles() {
+        std::set<std::filesystem::path> paths = {terminal->dataFolder()};
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(terminal->dataFolder()))
+            paths.insert(entry.path());
+        for (const std::filesystem::path& path : paths) {
+            struct stat status {};
+            ASSERT_EQ(::lstat(path.c_str(), &status), 0);
+            EXPECT_EQ(status.st_mode & ALLPERMS, S_ISDIR(status.st_mode) ? 0700U : 0600U) << path;
+            names.insert(path.filename());
+        }
+    }
+
+    const mode_t before = ::umask(0);
+    std::unique_ptr<SolverService> service;
+    std::optional<Terminal> terminal;
+    std::string shown;
+    std::set<std::string> names;
+    std::size_t commands = 0;
+};
+
+TEST_F(SecretsTest, passwords_and_tokens_are_shown_nowhere_and_files_are_their_owner_s_alone) {
+    const char* email = "ada@teralune.example";
+    run({"sign-up", email});
+    service::NoteRecord note;
+    note.problem = "2x=4";
+    ASSERT_TRUE(service->addNotes(email, {note}));
+    service->expireTokens();
+    service->faults().script("/pub_api/steps", Fault::hold());
+    {
+        auto program = terminal->start({"sync"});
+        ASSERT_TRUE(service->faults().waitForHeld(1, std::chrono::seconds(30)));
+        expectPrivateFiles();
+        service->faults().release();
+        keep(program.wait());
+    }
+    EXPECT_TRUE(names.contains("DataModel2.sqlite-wal") && names.contains("UserDefaults.sqlite-shm"));
+    // An echo of all that must not be seen, under every status that a client treats in its own way.
+    std::string echo = R"({"connected":7,"jwt":"echo-t0ken","password":"Cx7-first","set":"Cx7-second"})";
+    for (const Fault& fault :
+         {Fault::answer(200, echo, "application/json"), Fault::answer(403, echo), Fault::answer(500, echo),
+          Fault::hangUp(), Fault::cutBody(), Fault::answer(200, "PLAY_SESSION=echo-t0ken")}) {
+        for (const char* path :
+             {"/refresh", "/mobileLogin", "/api/user/changePassword", "/api/user/updateEmail"})
+            service->faults().script(path, fault);
+        service->expireTokens();
+        run({"sync"});
+        run({"account", "password"});
+        run({"account", "email", "b@teralune.example"});
+        run({"sign-in", email});
+        run({"sign-in", email}, "Cx7-wrong");
+        service->faults().clear();
+        run({"sign-in", email});
+    }
+    service->rejectRefresh();
+    run({"sync"});
+    run({"sign-in", email});
+    run({"account", "password"});
+    service->faults().script("/logout", Fault::answer(500, echo));
+    run({"sign-out"});
+
+    std::set<std::string> secrets = {"Cx7-first", "Cx7-second", "Cx7-wrong", "echo-t0ken"};
+    for (const auto& request : service->requestLog().requests())
+        for (const char* name : {"tq.token", "PLAY_SESSION"})
+            if (const auto value = request.cookie(name); value && !value->empty())
+                secrets.insert(*value);
+    EXPECT_GT(secrets.size(), 10U);
+    EXPECT_NE(shown.find("/mobileLogin"), std::string::npos);
+    EXPECT_TRUE(terminal->keeps("/mobileLogin", "teralune.log"));
+    for (const std::string& secret : secrets) {
+        EXPECT_EQ(shown.find(secret), std::string::npos) << secret;
+        // Signed out, so that not even the settings have a token left.
+        EXPECT_FALSE(terminal->keeps(secret)) << secret;
+    }
+    ASSERT_TRUE(prepareDataFolder(terminal->dataFolder() / "deep" / "deeper"));
+    expectPrivateFiles();
+    printFaults("secrets in what " + std::to_string(commands) + " commands wrote and showed", secrets.size(),
+                std::to_string(names.size()) + " names of files, none with a secret, none for anyone else");
+}
+
+} // namespace
+} // namespace teralune
