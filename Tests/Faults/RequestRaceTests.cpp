@@ -1,14 +1,51 @@
 #include "Tests/Faults/FaultCounts.h"
-#include "Tests/Faults/StuckLookups.h"
 #include "Tests/Faults/Wires.h"
 
 #include <algorithm>
 #include <atomic>
+#include <condition_variable>
 #include <cstdlib>
+#include <dlfcn.h>
+#include <netdb.h>
 #include <thread>
 
 namespace teralune {
 namespace {
+
+/// Lookups of names that end in ".stuck.test" hang in this program until they are released, as with a name
+/// server that never answers; released, they fail.
+struct StuckLookups {
+    std::mutex mutex;
+    std::condition_variable changed;
+    std::size_t count = 0;
+    std::size_t releases = 0;
+
+    void waitFor(std::size_t number) {
+        std::unique_lock lock(mutex);
+        changed.wait(lock, [this, number] { return count >= number; });
+    }
+    void release() {
+        std::unique_lock lock(mutex);
+        ++releases;
+        changed.notify_all();
+        changed.wait(lock, [this] { return count == 0; });
+    }
+    int hang() {
+        std::unique_lock lock(mutex);
+        ++count;
+        changed.notify_all();
+        changed.wait(lock, [this, before = releases] { return releases != before; });
+        --count;
+        changed.notify_all();
+        return EAI_NONAME;
+    }
+};
+
+/// Never destroyed: a lookup may hang while the program ends.
+StuckLookups& stuckLookups() {
+    static StuckLookups& lookups = *new StuckLookups;
+    return lookups;
+}
 
 TEST(RequestRaceTests, cancels_from_any_thread_meet_completions_once) {
     constexpr std::size_t batch = 500;
@@ -95,7 +132,7 @@ TEST(RequestRaceTests, a_shutdown_tells_everyone_and_waits_for_nobody) {
         const std::string stuck = "http://h" + std::to_string(index) + ".stuck.test/";
         wires.send(index, index < lookups ? stuck : wires.server.url("/held")).detach();
     }
-    StuckLookups::waitFor(lookups);
+    stuckLookups().waitFor(lookups);
     wires.server.waitForRequests(6);
     const auto begin = std::chrono::steady_clock::now();
     wires.manager.reset();
@@ -104,10 +141,25 @@ TEST(RequestRaceTests, a_shutdown_tells_everyone_and_waits_for_nobody) {
     const std::chrono::duration<double, std::milli> taken = std::chrono::steady_clock::now() - begin;
     wires.expectEachToldOnce();
     EXPECT_EQ(wires.cancellations, count);
-    StuckLookups::releaseAll();
+    stuckLookups().release();
     printFaults("shutdown with requests under way", count,
                 "each told -999, in " + std::to_string(taken.count()) + " ms, with " +
                     std::to_string(lookups) + " lookups stuck");
+}
+
+TEST(RequestRaceTests, a_lookup_that_hangs_is_given_up_and_holds_up_nobody) {
+    CurlTransport::Limits limits;
+    limits.connectTimeout = std::chrono::milliseconds(300);
+    Wires wires(limits);
+    const std::size_t count = faultCount(100, 1'000);
+    wires.expect(count);
+    for (std::size_t index = 0; index < count; ++index) {
+        wires.send(index, index % 10 == 0 ? "http://a.stuck.test/" : wires.server.url()).detach();
+    }
+    wires.expectEachToldOnce();
+    EXPECT_EQ(wires.successes, count - count / 10);
+    stuckLookups().release();
+    printFaults("lookups that hang", count / 10, "given up, the other requests answered");
 }
 
 TEST(RequestRaceTests, a_process_may_exit_with_requests_under_way) {
@@ -127,7 +179,7 @@ TEST(RequestRaceTests, a_process_may_exit_with_requests_under_way) {
                 static const auto transfer =
                     ending->send({"https" + kept.server.url().substr(4), HttpMethod::get, {}, {}},
                                  TransferLane::standard, [](const TransferOutcome&) {});
-                StuckLookups::waitFor(1);
+                stuckLookups().waitFor(1);
                 kept.server.waitForRequests(6);
                 round % 2 == 0 ? std::exit(0) : std::quick_exit(0);
             },
@@ -194,4 +246,13 @@ TEST(RequestRaceTests, a_refresh_that_never_ends_fails_what_waits_for_it_and_the
 }
 
 } // namespace
+
+/// libcurl finds this function, for the program comes before the system's library.
+extern "C" int getaddrinfo(const char* name, const char* service, const addrinfo* hints, addrinfo** found) {
+    if (name != nullptr && std::string_view(name).ends_with(".stuck.test"))
+        return stuckLookups().hang();
+    static const auto system = reinterpret_cast<decltype(&getaddrinfo)>(dlsym(RTLD_NEXT, "getaddrinfo"));
+    return system(name, service, hints, found);
+}
+
 } // namespace teralune

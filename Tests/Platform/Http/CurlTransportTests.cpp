@@ -125,34 +125,6 @@ TEST(CurlTransport, refuses_what_it_must_not_send_and_tells_why_it_cannot) {
     EXPECT_EQ(codeOf(exchange(transport, get(url))), 0);
 }
 
-TEST(CurlTransport, follows_redirects_and_leaves_identity_behind_at_another_origin) {
-    LoopbackServer other([](const Received&) { return Reply(200, "other"); });
-    LoopbackServer server([&other](const Received& request) {
-        const std::string target = request.target();
-        if (target == "/loop") {
-            return Reply(302, "again", {{"Location", "/loop"}});
-        }
-        return target == "/same" ? Reply(303, "x", {{"Location", "next"}})
-                                 : Reply(307, "x", {{"Location", other.url("/o")}});
-    });
-    CurlTransport transport;
-    URLRequest request{
-        server.url("/same"),
-        HttpMethod::post,
-        {{"Cookie", "tq.token=t"}, {"Authorization", "Bearer t"}, {"X-Key", "t"}, {"User-Agent", "u"}},
-        std::make_shared<const std::string>("body")};
-    const TransferOutcome outcome = exchange(transport, request);
-    EXPECT_EQ(outcome.body, "other");
-    EXPECT_EQ(outcome.response->url, other.url("/o"));
-    EXPECT_EQ(server.requests().at(1).method() + server.requests().at(1).header("Cookie"), "GETtq.token=t");
-    const Received arrived = other.requests().at(0);
-    EXPECT_EQ(arrived.header("User-Agent"), "u");
-    EXPECT_EQ(arrived.header("Cookie") + arrived.header("Authorization") + arrived.header("X-Key"), "");
-
-    EXPECT_EQ(codeOf(exchange(transport, get(server.url("/loop")))), -1007);
-    EXPECT_EQ(server.requests().size(), 3U + 5U);
-}
-
 TEST(CurlTransport, sends_forms_from_memory_and_from_files_the_same_way_twice) {
     const auto path = std::filesystem::path(testing::TempDir()) / "teralune-http-form.bin";
     const std::string content(300'000, 'f');
