@@ -43,13 +43,15 @@ public:
     RequestHandle send(std::size_t index, const std::string& url) {
         return manager->request(url, HttpMethod::get)
             .validate()
-            .response([this, index](const DataResponse<void>& response) {
+            .response([this, index](const auto& response) {
+                const Error cancelled = httpTransportError(HttpTransportError::cancelled);
+                cancellations += !response.result && response.result.error() == cancelled ? 1 : 0;
                 tell(index, response.result.succeeded());
-                cancellations += !response.result && response.result.error() ==
-                                                         httpTransportError(HttpTransportError::cancelled)
-                                     ? 1
-                                     : 0;
             });
+    }
+    /// What a stale token is refused for.
+    void ask(std::size_t index) {
+        networking->hasWebNotes([this, index](bool isTrue) { tell(index, isTrue); });
     }
     void tell(std::size_t index, bool isSuccess) {
         ++runs.at(index);
