@@ -121,6 +121,10 @@ Polynomial operator-(const Polynomial& left, const Polynomial& right) {
 }
 
 Polynomial operator*(const Polynomial& left, const Polynomial& right) {
+    if (!left.isDefined() || !right.isDefined()) {
+        // Nothing, too, times what has no value.
+        return Polynomial({Rational::undefined()});
+    }
     std::vector<Rational> product(left.coefficients_.size() + right.coefficients_.size());
     for (std::size_t first = 0; first < left.coefficients_.size(); ++first) {
         for (std::size_t second = 0; second < right.coefficients_.size(); ++second) {

@@ -52,8 +52,34 @@ std::optional<bool> holdsExactly(const Equation& equation, char letter, const Ex
     return difference.isDefined() ? std::optional(difference == Rational(0)) : std::nullopt;
 }
 
+/// Multiplied out exactly, so that no large terms are left that would cancel each other in all but their
+/// rounding. The terms of a small root's own formula may be large all the same.
+bool isNearlyRoot(const Polynomial& polynomial, double number) {
+    double sum = 0;
+    double terms = 1;
+    for (std::size_t power = 0; power <= polynomial.degree(); ++power) {
+        const double term =
+            polynomial.coefficient(power).value() * std::pow(number, static_cast<double>(power));
+        sum += term;
+        terms += std::fabs(term);
+    }
+    double roundingOfRoot = 0;
+    if (polynomial.degree() == 2) {
+        const double linear = polynomial.coefficient(1).value();
+        roundingOfRoot = 1e-14 * std::fabs(linear * linear / polynomial.coefficient(2).value());
+    }
+    return std::fabs(sum) <= tolerance * terms + roundingOfRoot;
+}
+
 bool holdsNearly(const Equation& equation, char letter, const Expression& value) {
     const double number = evaluate(value, letter, 0);
+    const std::optional<Polynomial> leftSide = Polynomial::of(*equation.left, letter);
+    const std::optional<Polynomial> rightSide = Polynomial::of(*equation.right, letter);
+    if (leftSide && rightSide) {
+        if (const Polynomial difference = *leftSide - *rightSide; difference.isDefined()) {
+            return isNearlyRoot(difference, number);
+        }
+    }
     const double left = evaluate(*equation.left, letter, number);
     const double right = evaluate(*equation.right, letter, number);
     return std::fabs(left - right) <= tolerance * std::max({1.0, std::fabs(left), std::fabs(right)});
