@@ -64,7 +64,8 @@ TEST(RequestRaceTests, cancels_from_any_thread_meet_completions_once) {
         std::vector<std::thread> cancelling;
         for (std::size_t thread = 0; thread < 4; ++thread) {
             cancelling.emplace_back([&, thread] {
-                // Each thread lags behind in its own way, so that cancels meet requests of every age.
+                // Each thread lags behind in its own way, so that cancels meet requests of every age, and now
+                // and then the end of them all.
                 const std::size_t lag = thread * thread * 3;
                 for (std::size_t index = thread; index < batch; index += 5) {
                     while (sent <= std::min(index + lag, batch - 1)) {
@@ -78,13 +79,16 @@ TEST(RequestRaceTests, cancels_from_any_thread_meet_completions_once) {
             handles[index] = wires.send(index, wires.server.url("/" + std::to_string(index)));
             sent = index + 1;
             wires.main->runUntil([&] { return index + 1 < wires.told + underWay; });
+            if (round % 2 == 1 && index % 100 == 99) {
+                wires.renewManager();
+            }
         }
         wires.expectEachToldOnce();
         for (std::thread& thread : cancelling) {
             thread.join();
         }
         EXPECT_EQ(wires.successes + wires.cancellations, batch);
-        EXPECT_GE(wires.successes, batch / 5);
+        EXPECT_GT(wires.successes, 0U);
         cancelled += wires.cancellations;
     }
     EXPECT_GT(cancelled, 0U);

@@ -31,8 +31,11 @@ public:
         open();
     }
 
-    void open() {
+    void renewManager() {
         manager = std::make_unique<SessionManager>(application.platform(), SessionManager::Configuration{});
+    }
+    void open() {
+        renewManager();
         networking.emplace(application, application.constants);
     }
     /// Makes room for requests that will be counted by their number.
