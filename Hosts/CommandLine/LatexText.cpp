@@ -51,10 +51,13 @@ public:
     }
 
 private:
-    char take() {
-        const char c = rest_.front();
-        rest_.remove_prefix(1);
-        return c;
+    /// One character with all its bytes, for what follows a command may be any.
+    std::string_view take() {
+        const auto goesOn = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; };
+        const auto end = std::find_if_not(rest_.begin() + 1, rest_.end(), goesOn);
+        const std::string_view character = rest_.substr(0, static_cast<std::size_t>(end - rest_.begin()));
+        rest_.remove_prefix(character.size());
+        return character;
     }
 
     bool takeIf(char wanted) {
@@ -66,23 +69,23 @@ private:
 
     /// One command, one group in braces, or one character; just the character where the nesting is too deep.
     std::string piece() {
-        const char c = take();
+        const std::string_view character = take();
         if (depth_ == deepestNesting)
-            return std::string(1, c);
+            return std::string(character);
         ++depth_;
-        std::string text = pieceFrom(c);
+        std::string text = pieceFrom(character);
         --depth_;
         return text;
     }
 
-    std::string pieceFrom(char c) {
-        if (c == '{')
+    std::string pieceFrom(std::string_view character) {
+        if (character == "{")
             return group();
-        if (c == '^')
+        if (character == "^")
             return power();
-        if (c == '\\')
+        if (character == "\\")
             return command();
-        return c == '}' ? std::string() : std::string(1, c);
+        return character == "}" ? std::string() : std::string(character);
     }
 
     /// What is left of a group whose opening brace was taken.
@@ -116,10 +119,9 @@ private:
         if (rest_.empty())
             return {};
         if (!isLetter(rest_.front())) {
-            const char sign = take();
+            const std::string_view sign = take();
             // "\:", "\," and their like are spaces of some width.
-            return std::string_view(":,;! ").find(sign) != std::string_view::npos ? " "
-                                                                                  : std::string(1, sign);
+            return std::string_view(":,;! ").find(sign) != std::string_view::npos ? " " : std::string(sign);
         }
         const auto end = std::find_if_not(rest_.begin(), rest_.end(), isLetter);
         const std::string name(rest_.begin(), end);

@@ -1,9 +1,11 @@
 #include "Classes/Interfaces/NotebookEntryRepositoryType.h"
 #include "Classes/Model/CoreData/ObjectContext.h"
 #include "Classes/Model/UserAccountModel.h"
+#include "Hosts/CommandLine/SolutionText.h"
 #include "Platform/Database/Database.h"
 #include "Platform/Foundation/AsciiText.h"
 #include "Platform/Foundation/JsonMapping.h"
+#include "Platform/Foundation/Utf8.h"
 #include "Platform/Http/HeaderSafety.h"
 #include "Tests/Faults/FaultCounts.h"
 #include "Tests/Support/FakeStoreApplication.h"
@@ -156,7 +158,9 @@ const Golden goldens[] = {
              v.completion()(reply);
          });
      }},
-    {"steps", R"({"subject":"s","topic":"t","subtopic":"u","isFromCache":true,"steps":[{"a":["\\frac"]}]})",
+    {"steps",
+     R"({"subject":"s","topic":"t","subtopic":"u","isFromCache":true,"problem":"x","solution":"x^ü",)"
+     R"("steps":[{"title":"a","latex":"\\frac{1}π","steps":[{"title":"b"}]}]})",
      [](Victim& v) {
          v.networking.getSolutionSteps(
              "2x=4", {}, SolutionOrigin::input, {}, [&v](const SolutionStepsReply& reply) {
@@ -166,6 +170,8 @@ const Golden goldens[] = {
                  v.repository.updateProblemWithSteps("2x=4", *reply.body);
                  const auto entry = v.repository.getNotebookEntry("2x=4");
                  EXPECT_TRUE(entry && std::get<std::string>(entry->at("stepsData")) == *reply.body);
+                 EXPECT_TRUE(
+                     isValidUtf8(solutionText(solutionRecord(*reply.body), SolutionDetail::everyStep)));
              });
      }},
     {"shared list", R"({"name":"n","notes":[{"_id":"1","problem":"p"}]})",
