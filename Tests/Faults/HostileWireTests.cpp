@@ -32,24 +32,16 @@ std::string repeated(std::string_view text, std::size_t count) {
     return all;
 }
 
-/// A transport under attack and what becomes of its requests.
-class Client {
-public:
-    explicit Client(const CurlTransport::Limits& limits = {}) : transport_(limits) {}
-
-    std::future<TransferOutcome> start(std::string url, TransferLane lane = TransferLane::standard) {
-        auto arrived = std::make_shared<std::promise<TransferOutcome>>();
-        transfers_.push_back(transport_.send(
-            {std::move(url), lane == TransferLane::control ? HttpMethod::post : HttpMethod::get, {}, {}},
-            lane, [arrived](TransferOutcome outcome) { arrived->set_value(std::move(outcome)); }));
-        return arrived->get_future();
-    }
-    TransferOutcome exchange(std::string url) { return start(std::move(url)).get(); }
-
-private:
-    CurlTransport transport_;
-    std::vector<std::unique_ptr<Transfer>> transfers_;
-};
+/// Sends and waits.
+TransferOutcome exchange(CurlTransport& transport, std::string url,
+                         TransferLane lane = TransferLane::standard) {
+    std::promise<TransferOutcome> arrived;
+    const HttpMethod method = lane == TransferLane::control ? HttpMethod::post : HttpMethod::get;
+    const auto transfer =
+        transport.send({std::move(url), method, {}, {}}, lane,
+                       [&arrived](TransferOutcome outcome) { arrived.set_value(std::move(outcome)); });
+    return arrived.get_future().get();
+}
 
 std::int64_t codeOf(const TransferOutcome& outcome) {
     return outcome.error ? outcome.error->code : 0;
@@ -109,9 +101,9 @@ TEST(HostileWireTests, replies_are_read_or_it_is_named_what_is_wrong_with_them) 
     });
     CurlTransport::Limits limits;
     limits.bodyBytes = bodyLimit;
-    Client client(limits);
+    CurlTransport client(limits);
     for (std::size_t index = 0; index < std::size(cases); ++index) {
-        const TransferOutcome outcome = client.exchange(server.url("/" + std::to_string(index)));
+        const TransferOutcome outcome = exchange(client, server.url("/" + std::to_string(index)));
         EXPECT_EQ(codeOf(outcome), cases[index].code) << cases[index].reply.substr(0, 200);
         EXPECT_EQ(outcome.body, cases[index].body);
         EXPECT_EQ(outcome.response.has_value(), cases[index].code == 0);
@@ -131,11 +123,11 @@ TEST(HostileWireTests, a_reply_that_breaks_off_at_any_byte_is_an_error) {
         const std::string& reply = replies[std::stoul(request.target().substr(1))];
         return Reply::bytes(reply.substr(0, std::stoul(request.target().substr(mark + 1)))).hangUp();
     });
-    Client client;
+    CurlTransport client;
     std::size_t points = 0;
     for (std::size_t which = 0; which < std::size(replies); ++which) {
         const auto cut = [&](std::size_t length) {
-            return client.exchange(server.url("/" + std::to_string(which) + "-" + std::to_string(length)));
+            return exchange(client, server.url("/" + std::to_string(which) + "-" + std::to_string(length)));
         };
         const TransferOutcome whole = cut(replies[which].size());
         EXPECT_EQ(codeOf(whole), 0);
@@ -157,9 +149,9 @@ TEST(HostileWireTests, a_body_may_be_as_long_as_the_limit_and_no_byte_longer) {
     LoopbackServer server([&](const Received& request) {
         return Reply::bytes(ok + "\r\n").then(body).then(request.target().substr(1)).hangUp();
     });
-    Client client(limits);
-    EXPECT_EQ(client.exchange(server.url("/")).body.size(), body.size());
-    EXPECT_EQ(codeOf(client.exchange(server.url("/x"))), -1103);
+    CurlTransport client(limits);
+    EXPECT_EQ(exchange(client, server.url("/")).body.size(), body.size());
+    EXPECT_EQ(codeOf(exchange(client, server.url("/x"))), -1103);
     printFaults("a body of " + std::to_string(body.size() + 1) + " bytes", 2, "refused at the last one");
 }
 
@@ -180,13 +172,15 @@ TEST(HostileWireTests, a_server_that_falls_silent_anywhere_is_given_up) {
     CurlTransport::Limits limits;
     limits.idleTimeout = std::chrono::seconds(1);
     limits.transfersPerHost = std::size(replies);
-    Client client(limits);
-    EXPECT_EQ(codeOf(client.exchange(server.url("/warm"))), 0);
+    CurlTransport client(limits);
+    EXPECT_EQ(codeOf(exchange(client, server.url("/warm"))), 0);
     // A token must not be refreshed twice, so a refresh is not repeated on a connection that was just closed.
-    EXPECT_EQ(codeOf(client.start(server.url("/refresh"), TransferLane::control).get()), -1005);
+    EXPECT_EQ(codeOf(exchange(client, server.url("/refresh"), TransferLane::control)), -1005);
     std::vector<std::future<TransferOutcome>> outcomes;
     for (std::size_t which = 0; which < std::size(replies); ++which) {
-        outcomes.push_back(client.start(server.url("/" + std::to_string(which))));
+        outcomes.push_back(std::async(std::launch::async, [&, which] {
+            return exchange(client, server.url("/" + std::to_string(which)));
+        }));
     }
     for (auto& outcome : outcomes) {
         EXPECT_EQ(codeOf(outcome.get()), -1001);
@@ -196,8 +190,8 @@ TEST(HostileWireTests, a_server_that_falls_silent_anywhere_is_given_up) {
     // The control lane has a limit for the whole exchange.
     limits.idleTimeout = std::chrono::hours(1);
     limits.controlTimeout = std::chrono::milliseconds(100);
-    Client patient(limits);
-    EXPECT_EQ(codeOf(patient.start(server.url("/0"), TransferLane::control).get()), -1001);
+    CurlTransport patient(limits);
+    EXPECT_EQ(codeOf(exchange(patient, server.url("/0"), TransferLane::control)), -1001);
     printFaults("silent servers", outcomes.size() + 1, "each given up");
 }
 
@@ -207,11 +201,11 @@ TEST(HostileWireTests, what_follows_a_reply_is_never_the_next_request_s_reply) {
         const std::string reply = ok + "Content-Length: 5\r\n\r\n" + request.target().substr(0, 5);
         return Reply::bytes(reply + (request.target() == "/next" ? "" : forged));
     });
-    Client client;
+    CurlTransport client;
     const std::size_t count = faultCount(50, 5'000);
     for (std::size_t index = 0; index < count; ++index) {
-        EXPECT_EQ(client.exchange(server.url("/some")).body, "/some");
-        EXPECT_EQ(client.exchange(server.url("/next")).body, "/next");
+        EXPECT_EQ(exchange(client, server.url("/some")).body, "/some");
+        EXPECT_EQ(exchange(client, server.url("/next")).body, "/next");
     }
     printFaults("forged second replies", count, "none taken for a reply");
 }

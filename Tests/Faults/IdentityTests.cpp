@@ -76,9 +76,11 @@ TEST(IdentityTests, nothing_that_tells_who_asks_follows_a_redirect_to_another_or
                                    TransferLane::standard, [&ended](TransferOutcome outcome) {
                                        ended.set_value(std::move(outcome));
                                    });
-                const TransferOutcome outcome = ended.get_future().get();
-                EXPECT_EQ(outcome.error == httpTransportError(HttpTransportError::httpTooManyRedirects),
-                          locations[place] == "0");
+                const auto error = ended.get_future().get().error;
+                const std::int64_t code = locations[place] == "0"               ? -1007
+                                          : locations[place] == "https://TLS/x" ? -1202
+                                                                                : 0;
+                EXPECT_TRUE(code == 0 || (error && error->code == code)) << locations[place];
             }
     std::size_t followed = 0;
     for (const LoopbackServer* each : {&server, &other})
@@ -141,49 +143,45 @@ TEST(IdentityTests, a_control_character_never_reaches_a_header) {
                 std::to_string(wires.successes) + " sent without them, the others not at all");
 }
 
-/// The terminal's program, its service, and all that it writes and shows.
-class SecretsTest : public testing::Test {
-protected:
-    SecretsTest() {
-        SolverService::Options options;
-        options.demoAccount = SolverService::DemoAccount::none;
-        service = std::move(SolverService::start(options).value());
-        terminal.emplace(std::vector<std::string>{"--api-host", service->host(), "--http", "--verbose"});
-    }
-    ~SecretsTest() override { ::umask(before); }
-
-    void run(std::vector<std::string> arguments, const char* password = "Cx7-first") {
-        terminal->environment["TERALUNE_PASSWORD"] = password;
-        terminal->environment["TERALUNE_NEW_PASSWORD"] = "Cx7-second";
-        auto program = terminal->start(arguments);
-        keep(program.wait());
-    }
-    void keep(const Terminal::Outcome& outcome) {
-        ++commands;
-        shown += outcome.output + outcome.error;
-        expectPrivateFiles();
-    }
-    void expectPrivateFiles() {
-        std::set<std::filesystem::path> paths = {terminal->dataFolder()};
-        for (const auto& entry : std::filesystem::recursive_directory_iterator(terminal->dataFolder()))
+TEST(IdentityTests, passwords_and_tokens_are_shown_nowhere_and_files_are_their_owner_s_alone) {
+    const std::shared_ptr<const mode_t> before(new mode_t(::umask(0)), [](const mode_t* mask) {
+        ::umask(*mask);
+        delete mask;
+    });
+    SolverService::Options options;
+    options.demoAccount = SolverService::DemoAccount::none;
+    const auto service = std::move(SolverService::start(options).value());
+    Terminal terminal({"--api-host", service->host(), "--http", "--verbose"});
+    terminal.environment["TERALUNE_NEW_PASSWORD"] = "Cx7-second";
+    std::set<std::string> names;
+    const auto expectPrivateFiles = [&] {
+        std::set<std::filesystem::path> paths = {terminal.dataFolder()};
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(terminal.dataFolder()))
             paths.insert(entry.path());
         for (const std::filesystem::path& path : paths) {
             struct stat status {};
-            ASSERT_EQ(::lstat(path.c_str(), &status), 0);
+            EXPECT_EQ(::lstat(path.c_str(), &status), 0);
             EXPECT_EQ(status.st_mode & ALLPERMS, S_ISDIR(status.st_mode) ? 0700U : 0600U) << path;
             names.insert(path.filename());
         }
-    }
-
-    const mode_t before = ::umask(0);
-    std::unique_ptr<SolverService> service;
-    std::optional<Terminal> terminal;
+    };
     std::string shown;
-    std::set<std::string> names;
     std::size_t commands = 0;
-};
+    const auto run = [&](const std::vector<std::string>& arguments, const char* password = "Cx7-first") {
+        terminal.environment["TERALUNE_PASSWORD"] = password;
+        auto program = terminal.start(arguments);
+        if (arguments.front() == "sync" && commands == 1) {
+            // While the store is open.
+            EXPECT_TRUE(service->faults().waitForHeld(1, std::chrono::seconds(30)));
+            expectPrivateFiles();
+            service->faults().release();
+        }
+        const Terminal::Outcome outcome = program.wait();
+        ++commands;
+        shown += outcome.output + outcome.error;
+        expectPrivateFiles();
+    };
 
-TEST_F(SecretsTest, passwords_and_tokens_are_shown_nowhere_and_files_are_their_owner_s_alone) {
     const char* email = "ada@teralune.example";
     run({"sign-up", email});
     service::NoteRecord note;
@@ -191,13 +189,7 @@ TEST_F(SecretsTest, passwords_and_tokens_are_shown_nowhere_and_files_are_their_o
     ASSERT_TRUE(service->addNotes(email, {note}));
     service->expireTokens();
     service->faults().script("/pub_api/steps", Fault::hold());
-    {
-        auto program = terminal->start({"sync"});
-        ASSERT_TRUE(service->faults().waitForHeld(1, std::chrono::seconds(30)));
-        expectPrivateFiles();
-        service->faults().release();
-        keep(program.wait());
-    }
+    run({"sync"});
     EXPECT_TRUE(names.contains("DataModel2.sqlite-wal") && names.contains("UserDefaults.sqlite-shm"));
     // An echo of all that must not be seen, under every status that a client treats in its own way.
     std::string echo = R"({"connected":7,"jwt":"echo-t0ken","password":"Cx7-first","set":"Cx7-second"})";
@@ -230,13 +222,13 @@ TEST_F(SecretsTest, passwords_and_tokens_are_shown_nowhere_and_files_are_their_o
                 secrets.insert(*value);
     EXPECT_GT(secrets.size(), 10U);
     EXPECT_NE(shown.find("/mobileLogin"), std::string::npos);
-    EXPECT_TRUE(terminal->keeps("/mobileLogin", "teralune.log"));
+    EXPECT_TRUE(terminal.keeps("/mobileLogin", "teralune.log"));
     for (const std::string& secret : secrets) {
         EXPECT_EQ(shown.find(secret), std::string::npos) << secret;
         // Signed out, so that not even the settings have a token left.
-        EXPECT_FALSE(terminal->keeps(secret)) << secret;
+        EXPECT_FALSE(terminal.keeps(secret)) << secret;
     }
-    ASSERT_TRUE(prepareDataFolder(terminal->dataFolder() / "deep" / "deeper"));
+    ASSERT_TRUE(prepareDataFolder(terminal.dataFolder() / "deep" / "deeper"));
     expectPrivateFiles();
     printFaults("secrets in what " + std::to_string(commands) + " commands wrote and showed", secrets.size(),
                 std::to_string(names.size()) + " names of files, none with a secret, none for anyone else");

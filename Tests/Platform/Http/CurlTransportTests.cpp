@@ -3,7 +3,6 @@
 #include "Platform/Http/MultipartFormData.h"
 #include "Platform/Http/RequestSchedule.h"
 #include "Tests/Support/LoopbackServer.h"
-#include "Tests/Support/SelfSignedServer.h"
 
 #include <gmock/gmock.h>
 
@@ -177,16 +176,6 @@ TEST(CurlTransport, keeps_to_its_places_and_lets_control_pass) {
     server.release("all");
     allCompleted.get_future().get();
     EXPECT_EQ(server.requests().size(), count);
-}
-
-TEST(CurlTransport, trusts_no_certificate_that_only_its_owner_signed) {
-    SelfSignedServer server;
-    CurlTransport transport;
-    URLRequest request = get(server.url());
-    request.headers.set("Cookie", "tq.token=t");
-    EXPECT_EQ(codeOf(exchange(transport, request)), -1202);
-    server.end();
-    EXPECT_EQ(server.completedHandshakes(), 0);
 }
 
 TEST(CurlTransport, may_be_destroyed_by_a_completion) {
