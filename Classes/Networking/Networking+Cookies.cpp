@@ -99,7 +99,9 @@ void Networking::capturePlaySession(const HTTPURLResponse& response) {
     const auto header = response.headers.value("Set-Cookie");
     if (!header || header->find(PlaySessionKey) == std::string::npos)
         return;
-    auto match = assignment.firstMatch(*header);
+    // What follows the last semicolon can't match, and where it names the session over and over the pattern
+    // would go through all of it for each time.
+    auto match = assignment.firstMatch(std::string_view(*header).substr(0, header->rfind(';') + 1));
     if (!match || match->size() < 2 || !canBeCookieValue((*match)[1]))
         return;
     const std::lock_guard lock(playSessionMutex_);
