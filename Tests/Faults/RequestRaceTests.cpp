@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <dlfcn.h>
 #include <netdb.h>
+#include <random>
 #include <thread>
 
 namespace teralune {
@@ -94,6 +95,61 @@ TEST(RequestRaceTests, cancels_from_any_thread_meet_completions_once) {
     EXPECT_GT(cancelled, 0U);
     printFaults("cancel against completion", rounds * batch,
                 std::to_string(cancelled) + " cancelled, each told once");
+}
+
+TEST(RequestRaceTests, whatever_the_order_of_events_each_request_is_told_once) {
+    const std::size_t seeds = faultCount(2'000, 100'000);
+    std::size_t sent = 0;
+    for (std::size_t seed = 0; seed < seeds; ++seed) {
+        std::mt19937 random(static_cast<unsigned>(seed));
+        FakeApplication host;
+        ScriptedTransport& transport = *host.fakePlatform.transport;
+        host.fakeUserAccountModel.signIn("c1", "old");
+        std::optional<Networking> client(std::in_place, host, host.constants);
+        std::vector<RequestHandle> handles;
+        std::vector<int> told;
+        told.reserve(100);
+        const auto send = [&] {
+            SessionManager* const managers[] = {&client->sessionManagerWithPrivateToken(),
+                                                &client->sessionManagerWithAnyToken()};
+            int& count = told.emplace_back();
+            handles.push_back(
+                client->makeRequest("https://api.test/", HttpMethod::get, {}, *managers[random() % 2])
+                    .response([&count](const auto&) { ++count; }));
+        };
+        const auto answer = [&](std::size_t index, int status) {
+            transport.answer(index, ScriptedTransport::reply(status, R"({"jwt":"new"})"));
+        };
+        for (int step = 0; step < 100; ++step) {
+            const auto event = random() % 9;
+            const std::size_t exchanges = transport.requests().size();
+            if (event == 0)
+                send();
+            else if (event == 1 && !handles.empty() && random() % 2 == 0)
+                handles[random() % handles.size()].cancel();
+            else if (event == 2 && exchanges > 0)
+                transport.answer(random() % exchanges,
+                                 ScriptedTransport::failure(HttpTransportError::timedOut));
+            else if (event <= 4 && exchanges > 0)
+                answer(random() % exchanges, random() % 3 == 0 ? 200 : 403);
+            else if (event == 5)
+                host.fakePlatform.mainQueue->runNext();
+            else if (event == 6 && random() % 20 == 0)
+                client.emplace(host, host.constants);
+            else
+                host.fakePlatform.httpDelegateQueue->runNext();
+        }
+        if (seed % 2 == 0)
+            client.reset();
+        host.run();
+        for (std::size_t index = 0; index < transport.requests().size(); ++index, host.run())
+            answer(index, 200);
+        EXPECT_TRUE(std::all_of(told.begin(), told.end(), [](int count) { return count == 1; }))
+            << "seed " << seed;
+        EXPECT_EQ(transport.pendingCount(), 0U) << "seed " << seed;
+        sent += told.size();
+    }
+    printFaults("orders of events", seeds, std::to_string(sent) + " requests, each told once");
 }
 
 TEST(RequestRaceTests, completions_may_end_everything) {
