@@ -51,8 +51,6 @@ int prepareSalvage(sqlite3* handle) {
         }
     }
     sqlite3_db_config(handle, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
-    // Under this one what can't be read of the schema is passed over, and a file that was cut off is opened.
-    sqlite3_db_config(handle, SQLITE_DBCONFIG_WRITABLE_SCHEMA, 1, nullptr);
     sqlite3_db_config(handle, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
     // None of them reads the file. Without the check of its cells a damaged page would give rows that never
     // were.
@@ -172,6 +170,10 @@ Result<std::int64_t> Database::integer(std::string_view sql) {
         return result.error();
     }
     return databaseError(SQLITE_DONE, nullptr);
+}
+
+void Database::passOverDamage() {
+    sqlite3_db_config(state_->connection.getHandle(), SQLITE_DBCONFIG_WRITABLE_SCHEMA, 1, nullptr);
 }
 
 bool Database::isInTransaction() const {

@@ -24,9 +24,8 @@ public:
         readWrite,
         readOnly,
         /// For reading what is left of a damaged file, which stays as it is, its write-ahead log included;
-        /// but for its mode, which becomes 0600. Opens whatever the file holds, and passes over the parts of
-        /// a schema that can't be read. Nobody else has the file open meanwhile, in this process or another;
-        /// opening fails at once when somebody has (isLocked()).
+        /// but for its mode, which becomes 0600. Opens whatever the file holds. Nobody else has the file open
+        /// meanwhile, in this process or another; opening fails at once when somebody has (isLocked()).
         salvage
     };
     /// Whether a statement is worth keeping prepared for the next use of the same SQL.
@@ -50,6 +49,10 @@ public:
     Statement statement(std::string_view sql, Reuse reuse = Reuse::kept);
     /// The first column of the first row; no row is an error.
     Result<std::int64_t> integer(std::string_view sql);
+
+    /// From now on the parts of a schema that can't be read are passed over, and a file that was cut off is
+    /// taken for what is left of it. For salvage.
+    void passOverDamage();
 
     /// After some errors (a full disk, no memory) SQLite has rolled back by itself: what runs next would be
     /// committed on its own.

@@ -31,7 +31,7 @@ bool isLocked(const Error& error) {
 bool isUnreadable(const Error& error) {
     const auto primary = error.code & 0xFF;
     return error.domain == databaseErrorDomain && !isLocked(error) && primary != SQLITE_NOMEM &&
-           error.code != SQLITE_IOERR_NOMEM && primary != SQLITE_INTERRUPT;
+           error.code != SQLITE_IOERR_NOMEM && primary != SQLITE_CANTOPEN;
 }
 
 } // namespace teralune

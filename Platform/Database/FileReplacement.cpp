@@ -100,9 +100,14 @@ path replacementDraft(const path& file) {
     return withSuffix(file, "-repairing");
 }
 
+path replacementScratch(const path& file) {
+    return withSuffix(replacementDraft(file), "-scratch");
+}
+
 void discardReplacementDraft(const path& file) {
     for (const char* part : parts) {
         unlink(withSuffix(replacementDraft(file), part).c_str());
+        unlink(withSuffix(replacementScratch(file), part).c_str());
     }
 }
 

@@ -20,8 +20,10 @@ namespace teralune {
 
 /// Where the new database is to be written.
 std::filesystem::path replacementDraft(const std::filesystem::path& file);
-/// Removes a draft that was given up. Whoever has the file open may do it at any time: no draft is written
-/// meanwhile.
+/// Where whoever writes it may keep another database meanwhile.
+std::filesystem::path replacementScratch(const std::filesystem::path& file);
+/// Removes a draft that was given up, and the other one. Whoever has the file open may do it at any time: no
+/// draft is written meanwhile.
 void discardReplacementDraft(const std::filesystem::path& file);
 
 /// Puts the draft, which must be whole, on disk and closed, into the place of the file, which the caller has

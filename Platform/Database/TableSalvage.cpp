@@ -4,6 +4,8 @@
 #include "Platform/Database/DatabaseError.h"
 #include "Platform/Foundation/Utf8.h"
 
+#include <algorithm>
+#include <deque>
 #include <limits>
 #include <string>
 #include <vector>
@@ -48,23 +50,23 @@ Result<std::vector<Table>> tablesOf(Database& database) {
 /// The copy of one table. Its SQL is put together from names in the whole file, which are the program's own.
 class TableCopy {
 public:
-    TableCopy(Database& damaged, Database& whole, const Table& table, std::int64_t keySpan)
+    TableCopy(Database& damaged, Database& whole, const Table& table, KeySearch search)
         : damaged_(damaged)
         , table_(table)
         , insert_(whole.statement(insertion(table), Database::Reuse::once))
         , up_(selection(table, "ASC"))
         , down_(selection(table, "DESC"))
-        , keySpan_(keySpan)
-        , attemptsLeft_(2 * keySpan) {}
+        , search_(search) {}
+
+    /// Fails where the damaged file has no such table, or a schema that can't be read.
+    Result<void> prepare() { return damaged_.statement(up_).result(); }
 
     Result<void> run() {
-        if (const Result<void> prepared = damaged_.statement(up_).result(); !prepared) {
-            return isUnreadable(prepared.error()) ? Result<void>() : prepared;
-        }
-        std::vector<Range> ranges{{1, std::numeric_limits<std::int64_t>::max()}};
-        while (!ranges.empty() && attemptsLeft_ > 0) {
-            Range range = ranges.back();
-            ranges.pop_back();
+        // First come the large ones, so that what is found early is spread over the table.
+        std::deque<Range> ranges{{1, std::numeric_limits<std::int64_t>::max()}};
+        while (!ranges.empty() && search_.attempts > 0) {
+            Range range = ranges.front();
+            ranges.pop_front();
             for (const bool isUpwards : {true, false}) {
                 if (Result<void> walked = walk(range, isUpwards); !walked) {
                     return walked;
@@ -74,8 +76,8 @@ public:
                 continue;
             }
             const std::int64_t middle = range.low + (range.high - range.low) / 2;
-            ranges.push_back({middle + 1, range.high});
             ranges.push_back({range.low, middle});
+            ranges.push_back({middle + 1, range.high});
         }
         return {};
     }
@@ -134,10 +136,10 @@ private:
         if (!isUnreadable(result.error())) {
             return result;
         }
-        --attemptsLeft_;
+        --search_.attempts;
         // All keys beyond a last page that can't be read lead to it, and so give no end to search for.
-        if (!isUpwards && !hasRows && range.high - range.low > keySpan_) {
-            range.high = range.low + keySpan_;
+        if (!isUpwards && !hasRows) {
+            range.high = std::min(range.high, search_.highestKey);
         }
         return {};
     }
@@ -164,23 +166,40 @@ private:
     Statement insert_;
     std::string up_;
     std::string down_;
-    std::int64_t keySpan_;
-    std::int64_t attemptsLeft_;
+    KeySearch search_;
 };
 
 } // namespace
 
-Result<void> salvageTables(Database& damaged, Database& whole, std::int64_t keySpan) {
+Result<SalvagedTables> salvageTables(Database& damaged, Database& whole, KeySearch search) {
     const Result<std::vector<Table>> tables = tablesOf(whole);
     if (!tables) {
         return tables.error();
     }
+    SalvagedTables salvaged;
     for (const Table& table : tables.value()) {
-        if (Result<void> copied = TableCopy(damaged, whole, table, keySpan).run(); !copied) {
-            return copied;
+        const auto isEmpty = [&] {
+            return whole.integer("SELECT NOT EXISTS(SELECT 1 FROM \"" + table.name + "\")");
+        };
+        const Result<std::int64_t> wasEmpty = isEmpty();
+        if (!wasEmpty) {
+            return wasEmpty.error();
         }
+        if (wasEmpty.value() == 0) {
+            continue;
+        }
+        TableCopy copy(damaged, whole, table, search);
+        const Result<void> prepared = copy.prepare();
+        const Result<void> copied =
+            prepared || isUnreadable(prepared.error()) ? (prepared ? copy.run() : Result<void>()) : prepared;
+        const Result<std::int64_t> isStillEmpty = isEmpty();
+        if (!copied || !isStillEmpty) {
+            return !copied ? copied.error() : isStillEmpty.error();
+        }
+        salvaged.hasAny |= prepared.succeeded();
+        salvaged.haveAllRows &= isStillEmpty.value() == 0;
     }
-    return {};
+    return salvaged;
 }
 
 } // namespace teralune

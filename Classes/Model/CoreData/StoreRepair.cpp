@@ -3,13 +3,12 @@
 #include "Classes/Model/CoreData/DataController.h"
 #include "Classes/Model/CoreData/ObjectModel.h"
 #include "Classes/Model/CoreData/StoreError.h"
+#include "Classes/Model/CoreData/StoreSalvage.h"
 #include "Platform/Database/Database.h"
 #include "Platform/Database/DatabaseError.h"
 #include "Platform/Database/FileReplacement.h"
-#include "Platform/Database/TableSalvage.h"
 #include "Platform/Database/Transaction.h"
 
-#include <algorithm>
 #include <new>
 #include <system_error>
 #include <utility>
@@ -18,10 +17,6 @@ namespace teralune {
 namespace {
 
 using std::filesystem::path;
-
-/// No row takes less, and beyond this many keys a search would take longer than is worth it.
-constexpr std::int64_t bytesPerRow = 8;
-constexpr std::int64_t mostKeysToTry = 1'000'000;
 
 /// The text that the query gives, or none where the file can't be read.
 Result<std::optional<std::string>> textIfReadable(Database& database, std::string_view sql) {
@@ -60,14 +55,13 @@ Result<bool> isHealthy(Database& store, Database& draft, const ObjectModel& mode
     if (!version) {
         return isUnreadable(version.error()) ? Result<bool>(false) : version.error();
     }
-    if (version.value() > ObjectModel::currentVersion) {
-        return storeError(StoreErrorCode::newerStore, "The store was made by a newer version.");
-    }
     const Result<Transaction> trial = Transaction::begin(draft, Transaction::Kind::writing);
     if (!trial) {
         return trial.error();
     }
-    for (std::int64_t step = 1; step <= version.value(); ++step) {
+    const bool isUnknown = version.value() < 0 || version.value() > ObjectModel::currentVersion;
+    const std::int64_t last = isUnknown ? ObjectModel::currentVersion : version.value();
+    for (std::int64_t step = 1; step <= last; ++step) {
         if (Result<void> taken = model.takeStep(draft, step); !taken) {
             return taken.error();
         }
@@ -77,7 +71,12 @@ Result<bool> isHealthy(Database& store, Database& draft, const ObjectModel& mode
     if (!found || !expected) {
         return !found ? found.error() : expected.error();
     }
-    if (!found.value() || found.value() != expected.value()) {
+    const bool isAsExpected = found.value().has_value() && found.value() == expected.value();
+    if (isUnknown && !isAsExpected) {
+        return storeError(StoreErrorCode::newerStore, "The store was made by a newer version.");
+    }
+    // A newer version would have another shape, so here the number itself is what is damaged.
+    if (isUnknown || !isAsExpected) {
         return false;
     }
     // The one number that SQLite's own checks don't compare with what it counts. Older stores have none.
@@ -89,49 +88,10 @@ Result<bool> isHealthy(Database& store, Database& draft, const ObjectModel& mode
     return counted ? Result<bool>(counted.value() == "ok") : counted.error();
 }
 
-/// Takes the steps of the schema one by one, each followed by the rows of those of its tables that the
-/// damaged store has: an older store's rows then climb with the schema. The version that the store says it
-/// has need not be readable for that.
-Result<void> save(Database& damaged, Database& draft, const ObjectModel& model, std::int64_t keySpan) {
-    Result<Transaction> transaction = Transaction::begin(draft, Transaction::Kind::writing);
-    if (!transaction) {
-        return transaction.error();
-    }
-    for (std::int64_t step = 1; step <= ObjectModel::currentVersion; ++step) {
-        Result<void> taken = model.takeStep(draft, step);
-        if (taken) {
-            taken = salvageTables(damaged, draft, keySpan);
-        }
-        if (!taken) {
-            return taken;
-        }
-    }
-    // What refers to a row that is lost, and what an entry says of steps that are.
-    Result<void> tidied =
-        draft.execute("DELETE FROM steps WHERE entryID NOT IN (SELECT id FROM entries);"
-                      "DELETE FROM links WHERE entryID NOT IN (SELECT id FROM entries)"
-                      " OR tagID NOT IN (SELECT id FROM tags);"
-                      "UPDATE entries SET isCached = "
-                      "EXISTS(SELECT 1 FROM steps WHERE entryID = id AND lastCached IS NOT NULL)");
-    return tidied ? transaction.value().commit() : tidied;
-}
-
-/// A draft has no log: it is either whole and on disk, or nothing.
-Result<Database> openDraft(const path& file) {
-    discardReplacementDraft(file);
-    Result<Database> draft = Database::open({.file = replacementDraft(file)});
-    if (draft) {
-        const Result<void> set = draft.value().execute(
-            "PRAGMA journal_mode=MEMORY; PRAGMA synchronous=FULL; PRAGMA foreign_keys=OFF");
-        return set ? std::move(draft) : set.error();
-    }
-    return draft;
-}
-
 /// Fills the draft. Of a healthy store there is none.
-Result<StoreRepairReport> fillDraft(Database& store, const path& file, const ObjectModel& model,
-                                    std::uintmax_t size) {
-    Result<Database> draft = openDraft(file);
+Result<StoreRepairReport> fillDraft(Database& store, const path& file, const ObjectModel& model) {
+    discardReplacementDraft(file);
+    Result<Database> draft = StoreSalvage::openDraft(replacementDraft(file));
     if (!draft) {
         return draft.error();
     }
@@ -143,9 +103,7 @@ Result<StoreRepairReport> fillDraft(Database& store, const path& file, const Obj
     if (healthy.value()) {
         return report;
     }
-    const std::uintmax_t rows = size / bytesPerRow;
-    const std::int64_t keySpan = rows > mostKeysToTry ? mostKeysToTry : static_cast<std::int64_t>(rows);
-    if (Result<void> saved = save(store, draft.value(), model, keySpan); !saved) {
+    if (Result<void> saved = StoreSalvage(store, file, draft.value(), model).run(); !saved) {
         return saved.error();
     }
     const Result<std::int64_t> notes = draft.value().integer("SELECT count(*) FROM entries");
@@ -187,7 +145,7 @@ Result<StoreRepairReport> repairStore(const PlatformServices::Locations& locatio
                    ? storeError(StoreErrorCode::storeInUse, "The notebook store is open elsewhere.")
                    : store.error();
     }
-    Result<StoreRepairReport> report = fillDraft(store.value(), file, model.value(), size);
+    Result<StoreRepairReport> report = fillDraft(store.value(), file, model.value());
     if (!report || report.value().outcome == StoreRepairReport::Outcome::healthy) {
         discardReplacementDraft(file);
         if (report) {
@@ -199,6 +157,7 @@ Result<StoreRepairReport> repairStore(const PlatformServices::Locations& locatio
     if (!aside) {
         return aside.error();
     }
+    discardReplacementDraft(file);
     report.value().damagedFile = aside.value();
     return report;
 } catch (const std::bad_alloc&) {

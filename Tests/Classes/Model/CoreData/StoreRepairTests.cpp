@@ -49,7 +49,8 @@ TEST_F(StoreRepairTests, what_is_no_damage_is_left_alone) {
     EXPECT_EQ(bytesOf(file), before);
     controller = std::make_unique<DataController>(application);
     EXPECT_EQ(repair().error(), storeError(StoreErrorCode::storeInUse, ""));
-    execute("PRAGMA user_version = " + std::to_string(ObjectModel::currentVersion + 1));
+    execute("CREATE TABLE later(id); PRAGMA user_version = " +
+            std::to_string(ObjectModel::currentVersion + 1));
     controller.reset();
     EXPECT_EQ(repair().error(), storeError(StoreErrorCode::newerStore, ""));
     std::filesystem::remove(file);
