@@ -34,26 +34,6 @@ protected:
     }
 };
 
-TEST_F(StoreFaultTests, a_disk_that_fills_up_leaves_the_old_list_or_the_new) {
-    merge(listOf(0, 200, "old"));
-    const std::int64_t pages = number("PRAGMA page_count");
-    bool hasFailed = false;
-    bool hasSucceeded = false;
-    for (std::int64_t room = 0; !hasSucceeded; ++room) {
-        ASSERT_LT(room, 1000);
-        execute("PRAGMA max_page_count = " + std::to_string(pages + room));
-        merge(listOf(100, 300, std::string(300, 'n')));
-        const auto errors = application.recordingCrashReporter.takeErrors();
-        hasSucceeded = errors.empty();
-        hasFailed |= !hasSucceeded;
-        EXPECT_EQ(number("SELECT count(*) FROM entries WHERE notes = 'old'"), hasSucceeded ? 0 : 200);
-        EXPECT_EQ(number("SELECT count(*) FROM entries"), 200);
-        expectWholeStore();
-        EXPECT_EQ(printed("Could not insert notebook entries: database or disk is full"), !hasSucceeded);
-    }
-    EXPECT_TRUE(hasFailed);
-}
-
 TEST_F(StoreFaultTests, every_operation_on_a_broken_store_gives_its_empty_result_and_says_why) {
     merge(listOf(0, 1, ""));
     NotebookEntry listed = notes().at(0);

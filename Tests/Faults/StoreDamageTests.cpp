@@ -1,0 +1,227 @@
+#include "Classes/Model/CoreData/DataController.h"
+#include "Platform/Database/Database.h"
+#include "Platform/Dispatch/QueuePool.h"
+#include "Tests/Faults/FaultCounts.h"
+#include "Tests/Faults/FaultInjection.h"
+#include "Tests/Faults/StoreWorld.h"
+
+#include <cstdlib>
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace teralune {
+namespace {
+
+/// Gives up what root may do beyond others. Only in a child.
+void becomeNobody() {
+    constexpr uid_t nobody = 65534;
+    if (geteuid() == 0 && setuid(nobody) != 0) {
+        std::abort();
+    }
+}
+
+constexpr int noteCount = 40;
+constexpr int cachedCount = 10;
+
+class StoreDamageTests : public testing::Test {
+protected:
+    StoreDamageTests() {
+        // A controller needs its queue's thread, which a forked child would not have.
+        GTEST_FLAG_SET(death_test_style, "threadsafe");
+        world.open();
+        world.merge(list);
+        for (int number = 0; number < cachedCount; ++number) {
+            world.keepSteps("p" + std::to_string(100 + number));
+        }
+        sound = world.state(true);
+        bytes = world.bytes();
+    }
+
+    /// How many rows of the table a damage of this page can cost, where the tree above is whole.
+    std::int64_t rowsOn(std::size_t page, const std::string& table) {
+        const std::string from =
+            " FROM dbstat WHERE pageno = " + std::to_string(page) + " AND name = '" + table + "'";
+        if (world.number("SELECT pagetype = 'internal'" + from) == 1) {
+            return noteCount;
+        }
+        return std::max<std::int64_t>(0, world.number("SELECT iif(pagetype = 'leaf', ncell, 1)" + from));
+    }
+
+    /// The damaged store is worked with as long as it lets itself, and then repaired.
+    void expectAWayOut(const std::string& damaged, std::int64_t leastNotes, std::int64_t leastSteps,
+                       const std::string& where) {
+        world.place("DataModel2.sqlite", damaged);
+        if (world.open()) {
+            ++opened;
+            const bool merged = world.merge(world.newList);
+            const bool listed = world.query();
+            const bool kept = world.keepSteps();
+            worked += merged && listed && kept ? 1 : 0;
+        }
+        world.close();
+        world.place("DataModel2.sqlite", damaged);
+        ASSERT_TRUE(world.repair()) << where << ": " << world.lastFailure;
+        if (world.report->outcome == StoreRepairReport::Outcome::repaired) {
+            ++repaired;
+            ASSERT_EQ(world.bytes(*world.report->damagedFile), damaged) << where << ": the old file changed";
+            ASSERT_GE(world.report->notes, leastNotes) << where;
+            ASSERT_GE(world.report->steps, leastSteps) << where;
+            savedNotes += world.report->notes;
+        } else {
+            ASSERT_EQ(world.bytes(), damaged) << where << ": a healthy store changed";
+        }
+        const std::string state = world.state(true);
+        ASSERT_THAT(state, testing::Not(testing::StartsWith("damaged"))) << where;
+        ASSERT_TRUE(world.open() && world.merge(list)) << where << ": " << world.lastFailure;
+        ASSERT_EQ(world.state(true), sound) << where << ": the next synchronization makes it whole";
+    }
+    void openAsTheLibraryDoes() const {
+        FakeApplication application;
+        PlatformServices& services = application.fakePlatform.services;
+        services.documentsDirectories = {folder.path()};
+        services.defaultQueue = services.queuePool->makeConcurrentQueue("default");
+        const DataController controller(application);
+    }
+    std::string counts() const {
+        return std::to_string(opened) + " opened, " + std::to_string(worked) + " worked without an error; " +
+               std::to_string(repaired) + " repaired with " + std::to_string(savedNotes) +
+               " notes saved, old file kept; whole after the next list";
+    }
+
+    const TemporaryFolder folder;
+    StoreWorld world{folder.path(), 300};
+    const std::string list = world.listOf(0, noteCount, std::string(300, 'o'));
+    std::string sound;
+    std::string bytes;
+    int opened = 0;
+    int worked = 0;
+    int repaired = 0;
+    std::int64_t savedNotes = 0;
+};
+
+TEST_F(StoreDamageTests, a_store_that_was_cut_off_anywhere_can_be_repaired) {
+    std::size_t points = 0;
+    for (std::size_t length = 0; length < bytes.size(); length += 512, ++points) {
+        expectAWayOut(bytes.substr(0, length), 0, 0, "cut at " + std::to_string(length));
+        ASSERT_FALSE(HasFatalFailure());
+    }
+    printFaults("store cut off at a multiple of 512 bytes", points, counts());
+}
+
+TEST_F(StoreDamageTests, a_byte_that_changed_costs_at_most_the_rows_of_its_page) {
+    constexpr std::size_t pageSize = 4096;
+    std::vector<std::pair<std::int64_t, std::int64_t>> rows;
+    world.open();
+    for (std::size_t page = 1; page <= bytes.size() / pageSize; ++page) {
+        rows.emplace_back(rowsOn(page, "entries"), rowsOn(page, "steps"));
+    }
+    world.close();
+    std::size_t points = 0;
+    for (std::size_t at = 0; at < bytes.size(); at += at < 100 ? 1 : isLong() ? 5 : 331, ++points) {
+        std::string damaged = bytes;
+        damaged[at] = static_cast<char>(~damaged[at]);
+        const auto [notes, steps] = rows[at / pageSize];
+        expectAWayOut(damaged, noteCount - notes, notes == 0 ? cachedCount - steps : 0,
+                      "byte " + std::to_string(at));
+        ASSERT_FALSE(HasFatalFailure());
+    }
+    printFaults("store with a changed byte", points, counts());
+}
+
+TEST_F(StoreDamageTests, a_file_that_was_never_a_store_can_be_repaired) {
+    const TemporaryFolder other;
+    const std::filesystem::path foreign = other.path() / "DataModel2.sqlite";
+    {
+        Result<Database> database = Database::open({.file = foreign});
+        ASSERT_TRUE(
+            database.value().execute("CREATE TABLE entries(id, other); INSERT INTO entries VALUES ('a', 1)"));
+    }
+    const std::string files[] = {"",
+                                 "x",
+                                 std::string(5000, 'x'),
+                                 std::string(65536, '\0'),
+                                 bytes.substr(0, 4096) + bytes,
+                                 bytes.substr(4096),
+                                 world.bytes(foreign)};
+    for (const std::string& file : files) {
+        expectAWayOut(file, 0, 0, std::to_string(file.size()) + " bytes of something else");
+    }
+    printFaults("file that was never a store", std::size(files), counts());
+}
+
+TEST_F(StoreDamageTests, a_page_that_can_not_be_read_costs_no_more_than_itself) {
+    world.open();
+    world.execute("DROP INDEX entriesByProblem");
+    world.close();
+    const std::string damaged = world.bytes();
+    std::size_t points = 0;
+    bool hasStruck = true;
+    for (int number = 1; hasStruck; ++number) {
+        world.place("DataModel2.sqlite", damaged);
+        armFault({Fault::bit(Call::read), number, Fault::Effect::fails});
+        const bool succeeded = world.repair();
+        hasStruck = disarmFault();
+        points += hasStruck ? 1 : 0;
+        // Of the new store everything must be readable.
+        ASSERT_TRUE(succeeded || world.repair()) << world.lastFailure;
+        ASSERT_TRUE(world.open() && world.merge(list));
+        ASSERT_EQ(world.state(true), sound) << number;
+    }
+    printFaults("repair with a read that fails", points, "repaired, whole after the next list");
+}
+
+TEST_F(StoreDamageTests, what_may_not_be_written_ends_the_library_and_not_the_settings_or_a_repair) {
+    world.openSettings();
+    world.set(1);
+    world.close();
+    const struct {
+        mode_t folderMode;
+        mode_t fileMode;
+    } obstacles[] = {{0555, 0444}, {0555, 0666}, {0111, 0600}, {0000, 0666}};
+    for (const auto& [folderMode, fileMode] : obstacles) {
+        chmod(world.file.c_str(), fileMode);
+        chmod(world.settingsFile.c_str(), fileMode);
+        chmod(folder.path().c_str(), folderMode);
+        EXPECT_EXIT((becomeNobody(), openAsTheLibraryDoes()), testing::KilledBySignal(SIGABRT),
+                    "Fatal error: Error migrating store: .+");
+        EXPECT_EXIT((becomeNobody(), std::exit(world.openSettings() || world.repair() ? 1 : 0)),
+                    testing::ExitedWithCode(0), "");
+    }
+    chmod(folder.path().c_str(), 0700);
+    EXPECT_EQ(world.state(true), sound);
+    EXPECT_EQ(world.setting(), 1);
+    printFaults("folder or file without permission", std::size(obstacles),
+                "fatal message, or an error; nothing lost");
+}
+
+TEST_F(StoreDamageTests, a_damaged_store_ends_the_library_with_its_message) {
+    const std::string damaged[] = {bytes.substr(0, 4096), bytes.substr(0, 50), std::string(4096, 'x'),
+                                   "s" + bytes.substr(1)};
+    for (const std::string& file : damaged) {
+        world.place("DataModel2.sqlite", file);
+        EXPECT_EXIT(openAsTheLibraryDoes(), testing::KilledBySignal(SIGABRT),
+                    "Fatal error: Error migrating store: .+");
+        EXPECT_EQ(world.bytes(), file) << "left for a repair";
+    }
+    printFaults("damaged store opened by the library", std::size(damaged), "fatal message, file as it was");
+}
+
+TEST_F(StoreDamageTests, a_folder_that_is_removed_ends_nothing_and_is_made_again) {
+    world.open();
+    world.openSettings();
+    world.set(1);
+    std::filesystem::remove_all(folder.path());
+    world.merge(world.newList);
+    world.query();
+    world.keepSteps();
+    EXPECT_TRUE(world.set(2)) << "kept in memory, whatever the disk says";
+    world.clear();
+    EXPECT_EQ(world.setting(), 0);
+    ASSERT_TRUE(world.open() && world.merge(list)) << world.lastFailure;
+    EXPECT_EQ(world.state(true), sound);
+    EXPECT_EQ(std::filesystem::status(folder.path()).permissions(), std::filesystem::perms::owner_all);
+}
+
+} // namespace
+} // namespace teralune
