@@ -115,18 +115,5 @@ TEST_F(WiredLibraryTests, a_failed_list_download_keeps_the_notes_and_parks_the_j
     EXPECT_EQ(runSynchronization(*application_), Phase::idle);
 }
 
-TEST_F(WiredLibraryTests, a_host_can_end_with_requests_under_way) {
-    signUp();
-    service_->faults().script(service::Faults::everyPath, Fault::hold(), service::Faults::everyTime);
-    bool told = false;
-    for (int i = 0; i < 20; ++i)
-        application_->networking().hasWebNotes([&told](bool) { told = true; });
-    application_->notebookSynchronizationJob().runSynchronizationJob();
-    ASSERT_TRUE(service_->faults().waitForHeld(6, limit));
-    application_.reset();
-    EXPECT_FALSE(told);
-    service_->faults().release();
-}
-
 } // namespace
 } // namespace teralune

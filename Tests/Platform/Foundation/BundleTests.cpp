@@ -139,14 +139,6 @@ TEST(StringTable, a_damaged_file_gives_what_stands_before_the_damage) {
         EXPECT_EQ(table.size(), 1U) << damage;
         EXPECT_EQ(table.text("k"), "v") << damage;
     }
-    // Every beginning and every single flipped byte must come to an end.
-    const std::string whole = "\xFE\xFF" + sound + "\\U12\xFF/*x*/\"\\uD800\\";
-    for (std::size_t length = 0; length <= whole.size(); ++length) {
-        EXPECT_LE(StringTable::parse(whole.substr(0, length)).size(), 1U);
-        std::string flipped = whole.substr(2);
-        flipped[length % flipped.size()] ^= '\x55';
-        EXPECT_LE(StringTable::parse(flipped).size(), 2U);
-    }
     EXPECT_EQ(StringTable::load("/").size(), 0U);
 }
 

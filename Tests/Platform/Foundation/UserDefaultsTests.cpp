@@ -5,8 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <sys/stat.h>
-
 #include <limits>
 #include <thread>
 
@@ -42,12 +40,6 @@ protected:
         return std::move(opened).value();
     }
 
-    static unsigned mode(const std::filesystem::path& path) {
-        struct stat status = {};
-        EXPECT_EQ(stat(path.c_str(), &status), 0) << path;
-        return status.st_mode & 07777U;
-    }
-
     TemporaryFolder folder_;
     std::filesystem::path file_ = folder_.path() / "inner/Settings.sqlite";
 };
@@ -78,21 +70,6 @@ TEST_F(SqliteUserDefaultsTest, every_type_survives_a_reopening) {
     }
     EXPECT_EQ(defaults->value("gone"), std::nullopt);
     EXPECT_EQ(defaults->array("broken"), (boost::json::array{"a\uFFFD", "b"}));
-}
-
-TEST_F(SqliteUserDefaultsTest, only_the_owner_may_read_the_file) {
-    const mode_t earlier = umask(0);
-    {
-        const auto defaults = open();
-        defaults->set("key", "value");
-        EXPECT_EQ(mode(file_.parent_path()), 0700U);
-        EXPECT_EQ(mode(file_), 0600U);
-        EXPECT_EQ(mode(file_.string() + "-wal"), 0600U);
-    }
-    umask(earlier);
-    chmod(file_.c_str(), 0644);
-    open()->set("key", "other");
-    EXPECT_EQ(mode(file_), 0600U);
 }
 
 TEST_F(SqliteUserDefaultsTest, another_connection_s_change_is_seen_by_the_next_read) {

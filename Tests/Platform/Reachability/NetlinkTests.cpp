@@ -122,20 +122,6 @@ TEST(NetlinkMessages, keeps_what_stands_before_something_that_makes_no_sense) {
     }
 }
 
-TEST(NetlinkMessages, no_cut_and_no_changed_byte_leads_it_outside_the_datagram) {
-    const std::string whole = oneOfEach().bytes;
-    for (std::size_t place = 0; place < whole.size(); ++place) {
-        // Blocks of exactly the right size, so that the address sanitizer sees a byte too many.
-        const std::vector<char> cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(place));
-        EXPECT_LT(parse({cut.data(), place}).messages.size(), 4U);
-        std::vector<char> changed(whole.begin(), whole.end());
-        for (const char value : {'\0', '\1', '\x7f', '\xff'}) {
-            changed[place] = value;
-            EXPECT_LE(parse({changed.data(), whole.size()}).messages.size(), 4U);
-        }
-    }
-}
-
 InterfaceTable tableOf(const Builder& builder) {
     InterfaceTable table;
     for (const NetlinkMessage& message : parse(builder.bytes).messages)
