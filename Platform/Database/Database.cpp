@@ -116,6 +116,10 @@ Result<Database> Database::open(const Options& options) {
         return read.error();
     }
     if (writes) {
+        // A header that asks for a newer SQLite, or for none that there is, lets the file be read only.
+        if (sqlite3_db_readonly(handle, "main") != 0) {
+            return databaseError(SQLITE_READONLY, nullptr);
+        }
         Result<void> settings = database.execute(writerSettings);
         if (settings && !database.state_->hasWriteAheadLog) {
             // Without the log NORMAL could leave a broken file behind.

@@ -51,7 +51,7 @@ protected:
     /// The damaged store is worked with as long as it lets itself, and then repaired.
     void expectAWayOut(const std::string& damaged, std::int64_t leastNotes, std::int64_t leastSteps,
                        const std::string& where) {
-        world.place("DataModel2.sqlite", damaged);
+        world.place(StoreWorld::storeName, damaged);
         if (world.open()) {
             ++opened;
             const bool merged = world.merge(world.newList);
@@ -60,14 +60,14 @@ protected:
             worked += merged && listed && kept ? 1 : 0;
         }
         world.close();
-        world.place("DataModel2.sqlite", damaged);
+        world.place(StoreWorld::storeName, damaged);
         ASSERT_TRUE(world.repair()) << where << ": " << world.lastFailure;
-        if (world.report->outcome == StoreRepairReport::Outcome::repaired) {
+        if (world.report.outcome == StoreRepairReport::Outcome::repaired) {
             ++repaired;
-            ASSERT_EQ(world.bytes(*world.report->damagedFile), damaged) << where << ": the old file changed";
-            ASSERT_GE(world.report->notes, leastNotes) << where;
-            ASSERT_GE(world.report->steps, leastSteps) << where;
-            savedNotes += world.report->notes;
+            ASSERT_EQ(world.bytes(*world.report.damagedFile), damaged) << where << ": the old file changed";
+            ASSERT_GE(world.report.notes, leastNotes) << where;
+            ASSERT_GE(world.report.steps, leastSteps) << where;
+            savedNotes += world.report.notes;
         } else {
             ASSERT_EQ(world.bytes(), damaged) << where << ": a healthy store changed";
         }
@@ -129,9 +129,58 @@ TEST_F(StoreDamageTests, a_byte_that_changed_costs_at_most_the_rows_of_its_page)
     printFaults("store with a changed byte", points, counts());
 }
 
+TEST_F(StoreDamageTests, a_log_that_was_cut_off_anywhere_gives_what_it_holds_even_beside_a_damaged_header) {
+    world.open();
+    world.merge(world.newList);
+    const std::string file = world.bytes();
+    const std::string log = world.bytes(world.file.string() + "-wal");
+    const std::string newState = world.state(true);
+    ASSERT_GT(log.size(), 4096U);
+    std::size_t points = 0;
+    for (const std::string& damaged : {file, std::string(100, '\0') + file.substr(100)}) {
+        for (std::size_t length = 0; length <= log.size(); length += isLong() ? 8 : 1031, ++points) {
+            world.place(StoreWorld::storeName, damaged);
+            std::ofstream(world.file.string() + "-wal", std::ios::binary) << log.substr(0, length);
+            ASSERT_TRUE(world.repair()) << length << ": " << world.lastFailure;
+            repaired += world.report.outcome == StoreRepairReport::Outcome::repaired ? 1 : 0;
+            ASSERT_THAT(world.state(true), testing::Not(testing::StartsWith("damaged"))) << length;
+            ASSERT_TRUE(world.open() && world.merge(list));
+            ASSERT_EQ(world.state(true), sound) << length;
+        }
+        world.place(StoreWorld::storeName, damaged);
+        std::ofstream(world.file.string() + "-wal", std::ios::binary) << log;
+        ASSERT_TRUE(world.repair());
+        ASSERT_EQ(world.state(true), newState) << "the last changes are in the log alone";
+    }
+    printFaults("log cut off", points, std::to_string(repaired) + " repaired; whole after the next list");
+}
+
+TEST_F(StoreDamageTests, damaged_settings_are_refused_or_go_on_working) {
+    world.openSettings();
+    world.set(1);
+    world.close();
+    const std::string settings = world.bytes(world.settingsFile);
+    std::size_t points = 0;
+    for (std::size_t at = 0; at < settings.size(); at += at < 100 || isLong() ? 1 : 61) {
+        std::string changed = settings;
+        changed[at] = static_cast<char>(~changed[at]);
+        for (const std::string& damaged : {changed, settings.substr(0, at)}) {
+            ++points;
+            world.place(StoreWorld::settingsName, damaged);
+            if (world.openSettings()) {
+                ++opened;
+                ASSERT_TRUE(world.set(3)) << at << ": " << world.lastFailure;
+                ASSERT_EQ(world.setting(), 3) << at;
+            }
+        }
+    }
+    printFaults("settings with a changed byte, or cut off there", points,
+                std::to_string(opened) + " opened and worked");
+}
+
 TEST_F(StoreDamageTests, a_file_that_was_never_a_store_can_be_repaired) {
     const TemporaryFolder other;
-    const std::filesystem::path foreign = other.path() / "DataModel2.sqlite";
+    const std::filesystem::path foreign = other.path() / StoreWorld::storeName;
     {
         Result<Database> database = Database::open({.file = foreign});
         ASSERT_TRUE(
@@ -158,7 +207,7 @@ TEST_F(StoreDamageTests, a_page_that_can_not_be_read_costs_no_more_than_itself) 
     std::size_t points = 0;
     bool hasStruck = true;
     for (int number = 1; hasStruck; ++number) {
-        world.place("DataModel2.sqlite", damaged);
+        world.place(StoreWorld::storeName, damaged);
         armFault({Fault::bit(Call::read), number, Fault::Effect::fails});
         const bool succeeded = world.repair();
         hasStruck = disarmFault();
@@ -199,7 +248,7 @@ TEST_F(StoreDamageTests, a_damaged_store_ends_the_library_with_its_message) {
     const std::string damaged[] = {bytes.substr(0, 4096), bytes.substr(0, 50), std::string(4096, 'x'),
                                    "s" + bytes.substr(1)};
     for (const std::string& file : damaged) {
-        world.place("DataModel2.sqlite", file);
+        world.place(StoreWorld::storeName, file);
         EXPECT_EXIT(openAsTheLibraryDoes(), testing::KilledBySignal(SIGABRT),
                     "Fatal error: Error migrating store: .+");
         EXPECT_EQ(world.bytes(), file) << "left for a repair";
