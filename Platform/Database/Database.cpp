@@ -116,8 +116,7 @@ Result<Database> Database::open(const Options& options) {
         return read.error();
     }
     if (writes) {
-        // A header that asks for a newer SQLite, or for none that there is, lets the file be read only.
-        if (sqlite3_db_readonly(handle, "main") != 0) {
+        if (database.isReadOnly()) {
             return databaseError(SQLITE_READONLY, nullptr);
         }
         Result<void> settings = database.execute(writerSettings);
@@ -182,6 +181,10 @@ void Database::passOverDamage() {
 
 bool Database::isInTransaction() const {
     return sqlite3_get_autocommit(state_->connection.getHandle()) == 0;
+}
+
+bool Database::isReadOnly() const {
+    return sqlite3_db_readonly(state_->connection.getHandle(), "main") != 0;
 }
 
 bool Database::hasWriteAheadLog() const {

@@ -57,6 +57,9 @@ public:
     /// After some errors (a full disk, no memory) SQLite has rolled back by itself: what runs next would be
     /// committed on its own.
     bool isInTransaction() const;
+    /// Whether the file can't be written, be it that its header asks for an SQLite that there is not. Known
+    /// once something was read.
+    bool isReadOnly() const;
     /// False where the file system can't have a write-ahead log. Readers and the writer then wait for each
     /// other.
     bool hasWriteAheadLog() const;

@@ -51,6 +51,9 @@ Result<bool> isHealthy(Database& store, Database& draft, const ObjectModel& mode
             return false;
         }
     }
+    if (store.isReadOnly()) {
+        return false;
+    }
     const Result<std::int64_t> version = store.integer("PRAGMA user_version");
     if (!version) {
         return isUnreadable(version.error()) ? Result<bool>(false) : version.error();
