@@ -7,9 +7,8 @@
 #include "Platform/Device/Device.h"
 #include "Platform/Foundation/FatalError.h"
 #include "Platform/Foundation/RegularExpression.h"
+#include "Platform/Foundation/Utf8.h"
 #include "Platform/Http/CookieStorage.h"
-
-#include <algorithm>
 
 namespace teralune {
 namespace {
@@ -34,19 +33,28 @@ std::string_view orientationWord(std::int64_t orientation) {
     }
 }
 
-/// Whether no separator of any script can be in the text, which is so of nearly every cookie value.
-bool isPlain(std::string_view text) {
-    return std::all_of(text.begin(), text.end(),
-                       [](char c) { return c > ' ' && c < '\x7f' && c != ',' && c != ';' && c != '='; });
+bool isAsciiSeparator(char character) {
+    return (character >= '\t' && character <= '\r') || character == ' ' || character == ',' ||
+           character == ';' || character == '=';
 }
 
 } // namespace
 
 std::string Networking::cookie(std::string_view name, std::string_view value) {
-    static const RegularExpression separators = compiled("[\\s,;=]+");
     std::string item(name);
     item.push_back('=');
-    item.append(isPlain(value) ? std::string(value) : separators.replacingMatches(value, "_"));
+    if (!isAscii(value)) {
+        static const RegularExpression separators = compiled("[\\s,;=]+");
+        return item.append(separators.replacingMatches(value, "_"));
+    }
+    // Nearly every value of every request is ASCII, where no expression is needed.
+    bool isBehindSeparator = false;
+    for (const char character : value) {
+        const bool isSeparator = isAsciiSeparator(character);
+        if (!isSeparator || !isBehindSeparator)
+            item.push_back(isSeparator ? '_' : character);
+        isBehindSeparator = isSeparator;
+    }
     return item;
 }
 

@@ -26,6 +26,12 @@ private:
 
 } // namespace
 
+void DispatchQueue::asyncAll(std::vector<Work> work) {
+    for (Work& piece : work) {
+        async(std::move(piece));
+    }
+}
+
 void DispatchQueue::sync(Work work) {
     if (isCurrent()) {
         fatalError("sync() was called on the queue that it would wait for: " + label());

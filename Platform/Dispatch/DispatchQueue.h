@@ -5,6 +5,7 @@
 #include <chrono>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace teralune {
 
@@ -18,6 +19,8 @@ public:
 
     virtual const std::string& label() const = 0;
     virtual void async(Work work) = 0;
+    /// As many calls of async(), in that order, which wake whoever runs the work once.
+    virtual void asyncAll(std::vector<Work> work);
     virtual void asyncAfter(std::chrono::milliseconds delay, Work work) = 0;
     /// Whether the calling thread is running a piece of this queue's work.
     virtual bool isCurrent() const = 0;

@@ -120,11 +120,22 @@ const std::string& MainQueue::label() const {
 }
 
 void MainQueue::async(Work work) {
+    std::vector<Work> one;
+    one.push_back(std::move(work));
+    asyncAll(std::move(one));
+}
+
+void MainQueue::asyncAll(std::vector<Work> work) {
+    if (work.empty()) {
+        return;
+    }
     bool wasEmpty = false;
     {
         const std::lock_guard lock(state_->mutex);
         wasEmpty = state_->ready.empty();
-        state_->appendReady(std::move(work));
+        for (Work& piece : work) {
+            state_->appendReady(std::move(piece));
+        }
         state_->changed.notify_all();
     }
     if (wasEmpty) {

@@ -17,6 +17,7 @@ public:
 
     const std::string& label() const override;
     void async(Work work) override;
+    void asyncAll(std::vector<Work> work) override;
     void asyncAfter(std::chrono::milliseconds delay, Work work) override;
     bool isCurrent() const override;
 

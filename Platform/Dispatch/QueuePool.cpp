@@ -209,7 +209,9 @@ private:
 QueuePool::QueuePool(std::size_t threadCount, Priority priority)
     : state_(std::make_shared<State>(threadCount)) {
     for (std::size_t index = 0; index < threadCount; ++index) {
-        state_->threads.emplace_back([state = state_, priority] { state->run(priority); });
+        std::thread& thread =
+            state_->threads.emplace_back([state = state_, priority] { state->run(priority); });
+        pthread_setname_np(thread.native_handle(), "queue pool");
     }
 }
 

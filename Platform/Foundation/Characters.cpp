@@ -1,5 +1,7 @@
 #include "Platform/Foundation/Characters.h"
 
+#include "Platform/Foundation/Utf8.h"
+
 #include <unicode/brkiter.h>
 #include <unicode/utext.h>
 
@@ -9,14 +11,8 @@
 namespace teralune {
 namespace {
 
-bool isAscii(std::string_view text) {
-    return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
-
 /// In ASCII only CR LF is a character of two bytes.
-std::size_t asciiCharacterLength(std::string_view text, std::size_t offset) {
-    return text.substr(offset, 2) == "\r\n" ? 2 : 1;
-}
+constexpr std::string_view lineEnd = "\r\n";
 
 /// The boundaries of a text that is not all ASCII, found one after the other as byte offsets.
 class Boundaries {
@@ -46,28 +42,31 @@ private:
 } // namespace
 
 std::size_t characterCount(std::string_view text) {
-    std::size_t count = 0;
     if (isAscii(text)) {
-        for (std::size_t offset = 0; offset < text.size(); ++count)
-            offset += asciiCharacterLength(text, offset);
+        std::size_t count = text.size();
+        for (std::size_t at = 0; (at = text.find(lineEnd, at)) != std::string_view::npos;
+             at += lineEnd.size())
+            --count;
         return count;
     }
+    std::size_t count = 0;
     for (Boundaries boundaries(text); boundaries.advance();)
         ++count;
     return count;
 }
 
 std::string firstCharacters(std::string_view text, std::size_t count) {
-    std::size_t offset = 0;
     if (isAscii(text)) {
-        for (; count > 0 && offset < text.size(); --count)
-            offset += asciiCharacterLength(text, offset);
-        return std::string(text.substr(0, offset));
+        std::size_t end = std::min(count, text.size());
+        for (std::size_t at = 0; (at = text.find(lineEnd, at)) < end; at += lineEnd.size())
+            end = std::min(end + 1, text.size());
+        return std::string(text.substr(0, end));
     }
+    std::size_t offset = 0;
     Boundaries boundaries(text);
-    while (count > 0 && boundaries.advance())
-        --count;
-    return std::string(text.substr(0, boundaries.offset()));
+    for (; count > 0 && boundaries.advance(); --count)
+        offset = boundaries.offset();
+    return std::string(text.substr(0, offset));
 }
 
 } // namespace teralune

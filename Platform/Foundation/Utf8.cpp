@@ -59,6 +59,10 @@ std::size_t asciiLength(std::string_view bytes) {
 
 } // namespace
 
+bool isAscii(std::string_view bytes) {
+    return asciiLength(bytes) == bytes.size();
+}
+
 bool isValidUtf8(std::string_view bytes) {
     for (bytes.remove_prefix(asciiLength(bytes)); !bytes.empty(); bytes.remove_prefix(asciiLength(bytes))) {
         const Sequence sequence = leadingSequence(bytes);

@@ -5,6 +5,9 @@
 
 namespace teralune {
 
+/// Whether every byte is below 0x80.
+bool isAscii(std::string_view bytes);
+
 /// Whether the bytes are UTF-8 as Unicode defines it: no overlong forms, no surrogates, nothing beyond
 /// U+10FFFF.
 bool isValidUtf8(std::string_view bytes);

@@ -6,9 +6,6 @@
 #include <curl/curl.h>
 #include <openssl/crypto.h>
 
-#include <sys/eventfd.h>
-#include <unistd.h>
-
 #include <csignal>
 
 namespace teralune {
@@ -51,21 +48,15 @@ std::shared_ptr<CurlEngine> CurlEngine::start(const CurlTransport::Limits& limit
     auto engine = std::make_shared<CurlEngine>(limits);
     const SignalsBlocked blocked;
     engine->thread_ = std::thread([engine] { engine->run(); });
+    pthread_setname_np(engine->thread_.native_handle(), "http engine");
     return engine;
 }
 
 CurlEngine::CurlEngine(const CurlTransport::Limits& limits)
     : limits_(limits)
-    , event_(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC))
-    , schedule_(limits.transfersPerHost, limits.transfers) {
-    if (event_ < 0) {
-        fatalError("The HTTP engine found no file descriptor left.");
-    }
-}
+    , schedule_(limits.transfersPerHost, limits.transfers) {}
 
-CurlEngine::~CurlEngine() {
-    close(event_);
-}
+CurlEngine::~CurlEngine() = default;
 
 std::shared_ptr<CurlEngine::Job> CurlEngine::add(URLRequest request, TransferLane lane,
                                                  HttpTransport::Completion completion) {
@@ -78,11 +69,24 @@ std::shared_ptr<CurlEngine::Job> CurlEngine::add(URLRequest request, TransferLan
 }
 
 void CurlEngine::cancel(Job& job) {
-    if (!job.isSettled.exchange(true)) {
-        const std::lock_guard lock(mutex_);
-        cancelled_.push_back(job.id);
-        wake();
+    if (job.state.exchange(Job::State::settled) != Job::State::settled) {
+        leaveCancel(job);
     }
+}
+
+bool CurlEngine::withdraw(Job& job) {
+    auto expected = Job::State::waiting;
+    if (!job.state.compare_exchange_strong(expected, Job::State::settled)) {
+        return false;
+    }
+    leaveCancel(job);
+    return true;
+}
+
+void CurlEngine::leaveCancel(const Job& job) {
+    const std::lock_guard lock(mutex_);
+    cancelled_.push_back(job.id);
+    wake();
 }
 
 void CurlEngine::stop() {
@@ -103,25 +107,26 @@ std::string CurlEngine::originOf(const std::string& url) {
     return authority == std::string::npos ? url : url.substr(0, url.find_first_of("/?#", authority + 3));
 }
 
-/// What became free or came in is started before the engine sleeps, and what was started is performed once:
-/// a poll before that would wait for sockets that do not exist yet.
+/// A connection that became free carries the next request before anyone is told of the last one: the server
+/// works on it while completions run. Whatever performed transfers is followed by a look at the messages
+/// before the thread sleeps, since nothing would wake it for a transfer that has ended.
 void CurlEngine::run() {
     multi_ = curl_multi_init();
     curl_multi_setopt(multi_, CURLMOPT_MAXCONNECTS, static_cast<long>(limits_.transfers + 4));
+    watch_.attach(multi_);
     while (takeCommands()) {
         startWaiting();
-        int running = 0;
-        curl_multi_perform(multi_, &running);
-        readMessages();
-        startWaiting();
-        wait();
+        watch_.performDue();
+        complete();
+        if (!readMessages()) {
+            wait();
+        }
     }
     for (const auto& [id, job] : jobs_) {
         releaseHandle(*job);
     }
-    for (void* easy : idleHandles_) {
-        curl_easy_cleanup(easy);
-    }
+    ended_.clear();
+    idleHandles_.clear();
     jobs_.clear();
     curl_multi_cleanup(multi_);
 }
@@ -151,53 +156,72 @@ bool CurlEngine::takeCommands() {
 
 void CurlEngine::startWaiting() {
     while (const auto id = schedule_.startNext()) {
-        perform(*jobs_.at(*id));
+        start(*jobs_.at(*id));
+    }
+}
+
+void CurlEngine::start(Job& job) {
+    auto expected = Job::State::waiting;
+    if (job.state.compare_exchange_strong(expected, Job::State::started)) {
+        perform(job);
+    } else {
+        forget(job.id);
     }
 }
 
 void CurlEngine::perform(Job& job) {
     if (idleHandles_.empty()) {
-        job.easy = curl_easy_init();
+        job.handle = std::make_unique<CurlHandle>(limits_);
     } else {
-        job.easy = idleHandles_.back();
+        job.handle = std::move(idleHandles_.back());
         idleHandles_.pop_back();
     }
-    if (!job.easy) {
-        return finish(job,
-                      CurlExchange::failed(httpTransportError(HttpTransportError::unknown, "out of memory")));
+    const auto notStarted = [](const char* why) {
+        return CurlExchange::failed(httpTransportError(HttpTransportError::unknown, why));
+    };
+    if (!job.handle->easy()) {
+        job.handle.reset();
+        return end(job, notStarted("out of memory"));
     }
-    if (auto error = job.exchange.prepare(job.easy)) {
-        return finish(job, CurlExchange::failed(*std::move(error)));
+    job.handle->setOwner(&job);
+    if (auto error = job.exchange.prepare(*job.handle)) {
+        return end(job, CurlExchange::failed(*std::move(error)));
     }
-    curl_easy_setopt(job.easy, CURLOPT_PRIVATE, &job);
-    if (curl_multi_add_handle(multi_, job.easy) != CURLM_OK) {
-        finish(job, CurlExchange::failed(httpTransportError(HttpTransportError::unknown, "not started")));
+    if (curl_multi_add_handle(multi_, job.handle->easy()) != CURLM_OK) {
+        end(job, notStarted("not started"));
     }
 }
 
-void CurlEngine::readMessages() {
+bool CurlEngine::readMessages() {
+    bool isAny = false;
     int left = 0;
     while (const CURLMsg* message = curl_multi_info_read(multi_, &left)) {
-        void* const easy = message->easy_handle;
+        isAny = true;
         const CURLcode code = message->data.result;
-        Job* job = nullptr;
-        curl_easy_getinfo(easy, CURLINFO_PRIVATE, &job);
-        const CurlExchange::Next next = job->exchange.end(easy, code);
-        if (next == CurlExchange::Next::follow) {
-            releaseHandle(*job);
-            perform(*job);
+        Job& job = *static_cast<Job*>(CurlHandle::of(message->easy_handle).owner());
+        if (job.exchange.end(*job.handle, code) == CurlExchange::Next::follow) {
+            releaseHandle(job);
+            perform(job);
         } else {
-            finish(*job, job->exchange.takeOutcome());
+            end(job, job.exchange.takeOutcome());
         }
     }
+    return isAny;
 }
 
-void CurlEngine::finish(Job& job, TransferOutcome outcome) noexcept {
-    const std::shared_ptr<Job> kept = jobs_.at(job.id);
+void CurlEngine::end(Job& job, TransferOutcome outcome) {
+    ended_.push_back({jobs_.at(job.id), std::move(outcome)});
     forget(job.id);
-    if (!job.isSettled.exchange(true)) {
-        job.completion(std::move(outcome));
+}
+
+void CurlEngine::complete() {
+    for (Ended& ended : ended_) {
+        // A completion may end the engine; those behind it are then not called any more.
+        if (!isStopping_ && ended.job->state.exchange(Job::State::settled) != Job::State::settled) {
+            ended.job->completion(std::move(ended.outcome));
+        }
     }
+    ended_.clear();
 }
 
 void CurlEngine::forget(RequestSchedule::Id id) {
@@ -210,10 +234,10 @@ void CurlEngine::forget(RequestSchedule::Id id) {
 }
 
 void CurlEngine::releaseHandle(Job& job) {
-    if (job.easy) {
-        curl_multi_remove_handle(multi_, job.easy);
-        curl_easy_reset(job.easy);
-        idleHandles_.push_back(std::exchange(job.easy, nullptr));
+    if (job.handle) {
+        curl_multi_remove_handle(multi_, job.handle->easy());
+        job.handle->release();
+        idleHandles_.push_back(std::move(job.handle));
     }
 }
 
@@ -225,19 +249,13 @@ void CurlEngine::wait() {
             return;
         }
     }
-    constexpr int longWait = 60 * 60 * 1000;
-    curl_waitfd event{event_, CURL_WAIT_POLLIN, 0};
-    curl_multi_poll(multi_, &event, 1, longWait, nullptr);
-    if (event.revents != 0) {
-        eventfd_t count = 0;
-        eventfd_read(event_, &count);
-    }
+    watch_.wait();
 }
 
 /// With the lock held.
 void CurlEngine::wake() {
     if (std::exchange(isWaiting_, false)) {
-        eventfd_write(event_, 1);
+        watch_.wake();
     }
 }
 

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "Platform/Http/CurlExchange.h"
+#include "Platform/Http/CurlHandle.h"
 #include "Platform/Http/CurlTransport.h"
+#include "Platform/Http/CurlWatch.h"
 #include "Platform/Http/RequestSchedule.h"
 
 #include <atomic>
@@ -32,8 +34,9 @@ public:
         const TransferLane lane;
         CurlExchange exchange;
         HttpTransport::Completion completion;
-        void* easy = nullptr;                ///< while it is under way
-        std::atomic<bool> isSettled = false; ///< completed or cancelled, whichever came first
+        std::unique_ptr<CurlHandle> handle; ///< while it is under way
+        enum class State { waiting, started, settled };
+        std::atomic<State> state = State::waiting; ///< settled: completed or cancelled, whichever came first
     };
 
     static std::shared_ptr<CurlEngine> start(const CurlTransport::Limits& limits);
@@ -42,6 +45,8 @@ public:
 
     std::shared_ptr<Job> add(URLRequest request, TransferLane lane, HttpTransport::Completion completion);
     void cancel(Job& job);
+    /// Cancels a job of which nothing was sent yet; false for any other, which is then left as it is.
+    bool withdraw(Job& job);
     /// Ends the thread, and with it every transfer, without completing them. On the thread itself it ends
     /// once the caller has returned.
     void stop();
@@ -53,30 +58,38 @@ private:
     void run();
     bool takeCommands();
     void startWaiting();
+    void start(Job& job);
     void perform(Job& job);
-    void readMessages();
-    void finish(Job& job, TransferOutcome outcome) noexcept;
+    bool readMessages();
+    void end(Job& job, TransferOutcome outcome);
+    void complete();
     void forget(RequestSchedule::Id id);
     void releaseHandle(Job& job);
     void wait();
+    void leaveCancel(const Job& job);
     void wake();
 
     const CurlTransport::Limits limits_;
-    const int event_; ///< an eventfd that ends the wait
+    CurlWatch watch_;
     std::thread thread_;
 
     std::mutex mutex_;
-    bool isStopping_ = false;
-    bool isWaiting_ = false; ///< the thread sleeps, or is about to, and was not woken yet
+    std::atomic<bool> isStopping_ = false; ///< set with the lock held
+    bool isWaiting_ = false;               ///< the thread sleeps, or is about to, and was not woken yet
     RequestSchedule::Id lastId_ = 0;
     std::vector<std::shared_ptr<Job>> added_;
     std::vector<RequestSchedule::Id> cancelled_;
 
     // Of the engine's thread.
+    struct Ended {
+        std::shared_ptr<Job> job;
+        TransferOutcome outcome;
+    };
     void* multi_ = nullptr;
-    std::vector<void*> idleHandles_;
+    std::vector<std::unique_ptr<CurlHandle>> idleHandles_;
     RequestSchedule schedule_;
     std::unordered_map<RequestSchedule::Id, std::shared_ptr<Job>> jobs_;
+    std::vector<Ended> ended_; ///< whose completions are still to run
 };
 
 } // namespace teralune

@@ -1,7 +1,7 @@
 #include "Platform/Http/CurlExchange.h"
 
-#include "Platform/Foundation/AsciiText.h"
 #include "Platform/Http/CurlError.h"
+#include "Platform/Http/CurlHandle.h"
 #include "Platform/Http/HeaderSafety.h"
 #include "Platform/Http/HttpError.h"
 #include "Platform/Http/MultipartFormData.h"
@@ -14,19 +14,8 @@ namespace teralune {
 
 namespace {
 
-static_assert(CURL_ERROR_SIZE <= 256);
-
-void freeList(void* list) {
-    curl_slist_free_all(static_cast<curl_slist*>(list));
-}
-
 void freeForm(void* form) {
     curl_mime_free(static_cast<curl_mime*>(form));
-}
-
-/// As libcurl wants it: a field without a value is written with a semicolon, or it would be left out.
-std::string line(const std::string& name, const std::string& value) {
-    return trimmed(value).empty() ? name + ";" : name + ": " + value;
 }
 
 } // namespace
@@ -36,79 +25,53 @@ CurlExchange::CurlExchange(const CurlTransport::Limits& limits, URLRequest reque
     , request_(std::move(request))
     , lane_(lane)
     , reply_(limits.headerBytes, limits.bodyBytes)
-    , headerList_(nullptr, &freeList)
-    , form_(nullptr, &freeForm) {}
+    , form_(nullptr, &freeForm) {
+    inspect();
+}
 
-std::optional<Error> CurlExchange::prepare(void* easy) {
+void CurlExchange::inspect() {
     const auto url = Url::parse(request_.url);
     if (!url) {
-        return httpTransportError(HttpTransportError::badURL);
+        refusal_ = httpTransportError(HttpTransportError::badURL);
+    } else if (!url->isHttp()) {
+        refusal_ = httpTransportError(HttpTransportError::unsupportedURL, url->scheme());
+    } else if (refusal_ = unsafeHeaderError(request_); !refusal_) {
+        isLoopback_ = url->isLoopback();
+        headerLines_.make(request_);
     }
-    if (!url->isHttp()) {
-        return httpTransportError(HttpTransportError::unsupportedURL, url->scheme());
-    }
-    if (auto error = unsafeHeaderError(request_)) {
-        return error;
-    }
-    curl_easy_setopt(easy, CURLOPT_URL, request_.url.c_str());
-    setConnection(easy, url->isLoopback());
-    setHeaders(easy);
-    return setBody(easy);
 }
 
-void CurlExchange::setConnection(void* easy, bool isLoopback) {
-    curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
-    curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L);
-    curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
-    curl_easy_setopt(easy, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
-    curl_easy_setopt(easy, CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
-    curl_easy_setopt(easy, CURLOPT_PATH_AS_IS, 1L);
-    curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, "gzip, deflate");
-    curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(limits_.connectTimeout.count()));
-    curl_easy_setopt(easy, CURLOPT_LOW_SPEED_LIMIT, 1L);
-    curl_easy_setopt(easy, CURLOPT_LOW_SPEED_TIME, static_cast<long>(limits_.idleTimeout.count()));
-    curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, &onBytes<&ReplyCollector::addHeaderLine>);
-    curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
-    curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &onBytes<&ReplyCollector::addBody>);
-    curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
-    curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, words_.data());
-    if (isLoopback) {
-        // A proxy named in the environment has no business between a process and its own machine.
-        curl_easy_setopt(easy, CURLOPT_PROXY, "");
+std::optional<Error> CurlExchange::prepare(CurlHandle& handle) {
+    if (refusal_) {
+        return refusal_;
     }
+    handle.attach(*this);
+    handle.setProxy(isLoopback_ ? CurlHandle::Proxy::none : CurlHandle::Proxy::fromEnvironment);
+    curl_easy_setopt(handle.easy(), CURLOPT_URL, request_.url.c_str());
+    curl_easy_setopt(handle.easy(), CURLOPT_HTTPHEADER, headerLines_.list());
     if (lane_ == TransferLane::control) {
+        handle.markSpecial();
         // On a connection that the server has just closed libcurl sends a request twice by itself; a token
         // must not be refreshed twice.
-        curl_easy_setopt(easy, CURLOPT_FRESH_CONNECT, 1L);
+        curl_easy_setopt(handle.easy(), CURLOPT_FRESH_CONNECT, 1L);
+        // Nobody else needs that connection, and each refresh would leave one more behind.
+        curl_easy_setopt(handle.easy(), CURLOPT_FORBID_REUSE, 1L);
         // Everyone waits for its end, which a server that sends a byte now and then would put off for ever.
-        curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS, static_cast<long>(limits_.controlTimeout.count()));
+        curl_easy_setopt(handle.easy(), CURLOPT_TIMEOUT_MS,
+                         static_cast<long>(limits_.controlTimeout.count()));
     }
+    if (request_.method != HttpMethod::get || request_.body.index() != 0) {
+        handle.markSpecial();
+        return setBody(handle);
+    }
+    return std::nullopt;
 }
 
-void CurlExchange::setHeaders(void* easy) {
-    // Without its "Expect" a large form would wait a second for a server that never answers it.
-    curl_slist* list = curl_slist_append(nullptr, "Expect:");
-    for (const auto& [name, value] : request_.headers) {
-        if (!equalsIgnoringCase(name, "Cookie")) {
-            list = curl_slist_append(list, line(name, value).c_str());
-        }
-    }
-    if (const auto cookies = request_.headers.value("Cookie")) {
-        list = curl_slist_append(list, line("Cookie", *cookies).c_str());
-    }
-    if (!request_.headers.contains("Content-Type") && request_.body.index() < 2) {
-        list = curl_slist_append(list, "Content-Type:");
-    }
-    headerList_.reset(list);
-    curl_easy_setopt(easy, CURLOPT_HTTPHEADER, list);
-    curl_easy_setopt(easy, CURLOPT_HEADEROPT, static_cast<long>(CURLHEADER_SEPARATE));
-    curl_easy_setopt(easy, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
-}
-
-std::optional<Error> CurlExchange::setBody(void* easy) {
+std::optional<Error> CurlExchange::setBody(CurlHandle& handle) {
+    void* const easy = handle.easy();
     const HttpMethod method = request_.method;
     if (const auto* form = std::get_if<std::shared_ptr<const MultipartFormData>>(&request_.body)) {
-        if (auto error = setForm(easy, **form)) {
+        if (auto error = setForm(handle, **form)) {
             return error;
         }
     } else if (const auto* text = std::get_if<std::shared_ptr<const std::string>>(&request_.body)) {
@@ -129,8 +92,8 @@ std::optional<Error> CurlExchange::setBody(void* easy) {
     return std::nullopt;
 }
 
-std::optional<Error> CurlExchange::setForm(void* easy, const MultipartFormData& form) {
-    curl_mime* const mime = curl_mime_init(easy);
+std::optional<Error> CurlExchange::setForm(CurlHandle& handle, const MultipartFormData& form) {
+    curl_mime* const mime = curl_mime_init(handle.easy());
     form_.reset(mime);
     for (const MultipartFormData::Part& part : form.parts()) {
         curl_mimepart* const added = curl_mime_addpart(mime);
@@ -148,13 +111,13 @@ std::optional<Error> CurlExchange::setForm(void* easy, const MultipartFormData& 
         curl_mime_filename(added, part.fileName.empty() ? nullptr : part.fileName.c_str());
         curl_mime_type(added, part.mimeType.empty() ? nullptr : part.mimeType.c_str());
     }
-    curl_easy_setopt(easy, CURLOPT_MIMEPOST, mime);
+    curl_easy_setopt(handle.easy(), CURLOPT_MIMEPOST, mime);
     return std::nullopt;
 }
 
-CurlExchange::Next CurlExchange::end(void* easy, int code) {
+CurlExchange::Next CurlExchange::end(const CurlHandle& handle, int code) {
     if (code != CURLE_OK) {
-        outcome_ = failed(failure(easy, code));
+        outcome_ = failed(failure(handle, code));
         return Next::finished;
     }
     if (auto fault = reply_.fault()) {
@@ -162,7 +125,7 @@ CurlExchange::Next CurlExchange::end(void* easy, int code) {
         return Next::finished;
     }
     long status = 0;
-    curl_easy_getinfo(easy, CURLINFO_RESPONSE_CODE, &status);
+    curl_easy_getinfo(handle.easy(), CURLINFO_RESPONSE_CODE, &status);
     HTTPURLResponse response{request_.url, static_cast<int>(status), reply_.takeHeaders()};
     if (!isRedirect(response)) {
         outcome_ = {std::move(response), reply_.takeBody(), std::nullopt};
@@ -179,27 +142,17 @@ CurlExchange::Next CurlExchange::end(void* easy, int code) {
     }
     request_ = std::move(following).value();
     reply_ = ReplyCollector(limits_.headerBytes, limits_.bodyBytes);
+    inspect();
     return Next::follow;
 }
 
-Error CurlExchange::failure(void* easy, int code) const {
+Error CurlExchange::failure(const CurlHandle& handle, int code) const {
     if (reply_.isTooLong()) {
         return httpTransportError(HttpTransportError::dataLengthExceedsMaximum);
     }
     long systemError = 0;
-    curl_easy_getinfo(easy, CURLINFO_OS_ERRNO, &systemError);
-    return errorForCurlCode(code, static_cast<int>(systemError), words_.data());
-}
-
-template<bool (ReplyCollector::*take)(std::string_view)>
-std::size_t CurlExchange::onBytes(char* data, std::size_t size, std::size_t count, void* exchange) noexcept {
-    constexpr std::size_t refused = 0;
-    try {
-        const std::string_view bytes(data, size * count);
-        return (static_cast<CurlExchange*>(exchange)->reply_.*take)(bytes) ? bytes.size() : refused;
-    } catch (...) {
-        return refused;
-    }
+    curl_easy_getinfo(handle.easy(), CURLINFO_OS_ERRNO, &systemError);
+    return errorForCurlCode(code, static_cast<int>(systemError), handle.words());
 }
 
 } // namespace teralune

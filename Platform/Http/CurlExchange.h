@@ -1,56 +1,60 @@
 #pragma once
 
+#include "Platform/Http/CurlHeaderLines.h"
 #include "Platform/Http/CurlTransport.h"
 #include "Platform/Http/HttpTransport.h"
 #include "Platform/Http/ReplyCollector.h"
 
-#include <array>
 #include <memory>
 #include <optional>
-#include <string>
+#include <string_view>
 
 namespace teralune {
 
+class CurlHandle;
+
 /// One request and its reply on an easy handle of libcurl, over all redirects. It outlives the handle's use:
-/// the handle points into it. Used by the engine's thread alone.
+/// the handle points into it. Made by the sender's thread, which does what can be done beforehand; used by
+/// the engine's thread alone from then on.
 class CurlExchange {
 public:
     CurlExchange(const CurlTransport::Limits& limits, URLRequest request, TransferLane lane);
     CurlExchange(const CurlExchange&) = delete;
     CurlExchange& operator=(const CurlExchange&) = delete;
 
-    /// Prepares a handle that is fresh or reset. An error means that nothing must be sent.
-    std::optional<Error> prepare(void* easy);
+    /// Prepares a handle that has the shared options. An error means that nothing must be sent.
+    std::optional<Error> prepare(CurlHandle& handle);
+
+    /// Pieces of the reply; false when the exchange refuses to go on.
+    bool addHeaderLine(std::string_view line) { return reply_.addHeaderLine(line); }
+    bool addBody(std::string_view piece) { return reply_.addBody(piece); }
 
     enum class Next { follow, finished };
     /// Takes what the handle tells after its end with this CURLcode. follow: prepare a handle again, for the
     /// place the server redirected to.
-    Next end(void* easy, int code);
+    Next end(const CurlHandle& handle, int code);
     TransferOutcome takeOutcome() { return std::move(outcome_); }
 
     static TransferOutcome failed(Error error) { return {std::nullopt, {}, std::move(error)}; }
 
 private:
-    /// libcurl's callback for a piece of the reply.
-    template<bool (ReplyCollector::*take)(std::string_view)>
-    static std::size_t onBytes(char* data, std::size_t size, std::size_t count, void* exchange) noexcept;
-
-    void setConnection(void* easy, bool isLoopback);
-    void setHeaders(void* easy);
-    std::optional<Error> setBody(void* easy);
-    std::optional<Error> setForm(void* easy, const MultipartFormData& form);
-    Error failure(void* easy, int code) const;
+    /// Looks at the request and writes its header; sets refusal_ when it must not be sent.
+    void inspect();
+    std::optional<Error> setBody(CurlHandle& handle);
+    std::optional<Error> setForm(CurlHandle& handle, const MultipartFormData& form);
+    Error failure(const CurlHandle& handle, int code) const;
 
     using Resource = std::unique_ptr<void, void (*)(void*)>;
 
     const CurlTransport::Limits& limits_;
     URLRequest request_;
     const TransferLane lane_;
+    bool isLoopback_ = false;
+    std::optional<Error> refusal_;
+    CurlHeaderLines headerLines_;
     std::size_t redirects_ = 0;
     ReplyCollector reply_;
     TransferOutcome outcome_;
-    std::array<char, 256> words_{}; ///< the engine's own, after a failure
-    Resource headerList_;
     Resource form_;
 };
 

@@ -13,6 +13,7 @@ public:
         : engine_(std::move(engine))
         , job_(std::move(job)) {}
     ~CurlTransfer() override { engine_->cancel(*job_); }
+    bool withdraw() override { return engine_->withdraw(*job_); }
 
 private:
     std::shared_ptr<CurlEngine> engine_;

@@ -4,29 +4,42 @@
 #include "Platform/Http/MultipartFormData.h"
 
 #include <algorithm>
+#include <array>
 #include <string_view>
 
 namespace teralune {
 
 namespace {
 
-bool isTokenCharacter(char character) {
-    constexpr std::string_view separators = "\"(),/:;<=>?@[\\]{}";
-    return character > ' ' && character < '\x7f' && separators.find(character) == std::string_view::npos;
-}
+/// For each byte whether it may stand in a name and in a value; every header of every attempt is looked at.
+struct AllowedBytes {
+    std::array<bool, 256> inToken{};
+    /// Bytes beyond ASCII are let through: a cookie may hold a device's name in UTF-8.
+    std::array<bool, 256> inValue{};
+};
 
-/// Bytes beyond ASCII are let through: a cookie may hold a device's name in UTF-8.
-bool isValueCharacter(char character) {
-    const auto byte = static_cast<unsigned char>(character);
-    return character == '\t' || (byte >= ' ' && byte != 0x7f);
+constexpr AllowedBytes allowed = [] {
+    constexpr std::string_view separators = "\"(),/:;<=>?@[\\]{}";
+    AllowedBytes bytes;
+    for (std::size_t byte = 0; byte < 256; ++byte) {
+        const bool isSeparator = separators.find(static_cast<char>(byte)) != std::string_view::npos;
+        bytes.inToken[byte] = byte > ' ' && byte < 0x7f && !isSeparator;
+        bytes.inValue[byte] = byte == '\t' || (byte >= ' ' && byte != 0x7f);
+    }
+    return bytes;
+}();
+
+bool consistsOf(const std::array<bool, 256>& bytes, std::string_view text) {
+    return std::all_of(text.begin(), text.end(),
+                       [&bytes](char character) { return bytes[static_cast<unsigned char>(character)]; });
 }
 
 bool isToken(std::string_view name) {
-    return !name.empty() && std::all_of(name.begin(), name.end(), isTokenCharacter);
+    return !name.empty() && consistsOf(allowed.inToken, name);
 }
 
 bool isValue(std::string_view value) {
-    return std::all_of(value.begin(), value.end(), isValueCharacter);
+    return consistsOf(allowed.inValue, value);
 }
 
 } // namespace

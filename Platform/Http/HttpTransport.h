@@ -27,6 +27,10 @@ struct TransferOutcome {
 class Transfer {
 public:
     virtual ~Transfer() = default;
+
+    /// Cancels the transfer if nothing of it has been sent yet, and returns whether it did: then the server
+    /// has not seen it and its completion does not run. Does nothing otherwise.
+    virtual bool withdraw() { return false; }
 };
 
 /// Moves bytes: sends one request, follows redirects, delivers one reply. Decides nothing about statuses,

@@ -17,8 +17,9 @@ enum class RetryDecision { doNotRetry, retry };
 using RetryCompletion = UniqueFunction<void(RetryDecision, std::chrono::milliseconds delay)>;
 
 /// Asked once for each attempt that failed, by transport or by validation, on the session's delegate queue.
-/// It answers whenever it likes, from any thread; until then the request waits and holds no connection. A
-/// completion that is dropped unanswered means: do not retry.
+/// It answers whenever it likes, from any thread; until then the request waits and holds no connection, and
+/// the session sends no other request that would ask the retrier: what it needs to find its answer it sends
+/// with withoutRetrier(). A completion that is dropped unanswered means: do not retry.
 class RequestRetrier {
 public:
     virtual ~RequestRetrier() = default;

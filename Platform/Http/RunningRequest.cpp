@@ -6,6 +6,7 @@
 #include "Platform/Http/RequestAdapter.h"
 #include "Platform/Http/ResponseValidation.h"
 #include "Platform/Http/Session.h"
+#include "Platform/Http/SessionSteps.h"
 
 #include <utility>
 
@@ -16,6 +17,11 @@ namespace {
 const std::shared_ptr<const std::string>& emptyBody() {
     static const auto body = std::make_shared<const std::string>();
     return body;
+}
+
+std::uint64_t nextNumber() {
+    static std::atomic<std::uint64_t> last = 0;
+    return ++last;
 }
 
 } // namespace
@@ -33,6 +39,11 @@ public:
 
     void operator()(RetryDecision decision, std::chrono::milliseconds delay) {
         if (const auto request = std::exchange(request_, {}).lock()) {
+            request->answeredAttempt_ = attempt_;
+            if (decision == RetryDecision::retry && delay.count() > 0) {
+                // The others need not wait for the delay.
+                request->post({}, [](RunningRequest& waiting) { waiting.endHold(); });
+            }
             request->post(decision == RetryDecision::retry ? delay : std::chrono::milliseconds(0),
                           [attempt = attempt_, decision](RunningRequest& waiting) {
                               waiting.takeAnswer(attempt, decision);
@@ -49,7 +60,7 @@ std::shared_ptr<RunningRequest> RunningRequest::start(const std::shared_ptr<Sess
                                                       ResponseFinisher finisher) {
     auto request = std::make_shared<RunningRequest>(session, std::move(plan), std::move(finisher));
     if (session->add(request)) {
-        request->post({}, [](RunningRequest& begun) { begun.beginAttempt(); });
+        request->begin();
     } else {
         request->abandon();
     }
@@ -57,10 +68,19 @@ std::shared_ptr<RunningRequest> RunningRequest::start(const std::shared_ptr<Sess
 }
 
 RunningRequest::RunningRequest(std::shared_ptr<Session> session, Plan plan, ResponseFinisher finisher)
-    : session_(std::move(session))
+    : number(nextNumber())
+    , session_(std::move(session))
     , plan_(std::move(plan))
     , finisher_(std::move(finisher))
     , body_(emptyBody()) {}
+
+void RunningRequest::begin() {
+    post({}, [](RunningRequest& request) {
+        if (!request.canBeHeldBack() || !request.session_->holdsBack(request)) {
+            request.beginAttempt();
+        }
+    });
+}
 
 void RunningRequest::cancel() {
     if (!isCancelled_.exchange(true)) {
@@ -68,11 +88,20 @@ void RunningRequest::cancel() {
     }
 }
 
+bool RunningRequest::withdraw() {
+    if (!transfer_ || !canBeHeldBack() || !transfer_->withdraw()) {
+        return false;
+    }
+    transfer_.reset();
+    return true;
+}
+
 void RunningRequest::abandon() {
     hasEnded_ = true;
     transfer_.reset();
     body_ = emptyBody();
-    deliver(plan_.request, std::nullopt, httpTransportError(HttpTransportError::cancelled));
+    session_->mainQueue->async(
+        handlerCall(plan_.request, std::nullopt, httpTransportError(HttpTransportError::cancelled)));
 }
 
 template<class Step>
@@ -85,16 +114,17 @@ void RunningRequest::post(std::chrono::milliseconds delay, Step step) {
         }
     };
     if (delay.count() > 0) {
-        session_->delegateQueue->asyncAfter(delay, std::move(work));
+        session_->delegateQueue->asyncAfter(
+            delay,
+            [steps = session_->steps, work = std::move(work)]() mutable { steps->post(std::move(work)); });
     } else {
-        session_->delegateQueue->async(std::move(work));
+        session_->steps->post(std::move(work));
     }
 }
 
 template<class Step>
-void RunningRequest::perform(Step& step) {
-    const Session::Activity activity(*session_);
-    if (!activity || hasEnded_) {
+void RunningRequest::perform(Step& step) noexcept {
+    if (hasEnded_) {
         return;
     }
     try {
@@ -115,9 +145,9 @@ void RunningRequest::beginAttempt() {
     failure_.reset();
     body_ = emptyBody();
     task_.response.reset();
-    task_.originalRequest = plan_.request;
     auto prepared = preparedRequest();
     if (!prepared) {
+        task_.originalRequest = plan_.request;
         return finish(prepared.error());
     }
     task_.originalRequest = std::move(prepared).value();
@@ -125,8 +155,8 @@ void RunningRequest::beginAttempt() {
     // owner of the session, and through it of the transport.
     transfer_ = session_->transport->send(
         task_.originalRequest, plan_.lane,
-        [weak = weak_from_this(), queue = session_->delegateQueue](TransferOutcome outcome) {
-            queue->async([weak, outcome = std::move(outcome)]() mutable {
+        [weak = weak_from_this(), steps = session_->steps](TransferOutcome outcome) {
+            steps->post([weak, outcome = std::move(outcome)]() mutable {
                 if (const auto request = weak.lock()) {
                     auto step = [&outcome](RunningRequest& answered) {
                         answered.endAttempt(std::move(outcome));
@@ -181,6 +211,10 @@ void RunningRequest::askRetrier(Error error) {
     } catch (...) {
         // The request ends with the failure it had: its answer was dropped on the way here, if not given.
     }
+    if (answeredAttempt_ != attempt_) {
+        isHolding_ = true;
+        session_->beginHold();
+    }
 }
 
 void RunningRequest::takeAnswer(int attempt, RetryDecision decision) {
@@ -192,6 +226,13 @@ void RunningRequest::takeAnswer(int attempt, RetryDecision decision) {
     }
     ++task_.retryCount;
     beginAttempt();
+    endHold();
+}
+
+void RunningRequest::endHold() {
+    if (std::exchange(isHolding_, false)) {
+        session_->endHold();
+    }
 }
 
 void RunningRequest::finish(std::optional<Error> error) {
@@ -211,7 +252,9 @@ void RunningRequest::finish(std::optional<Error> error) {
     } catch (...) {
         error = error ? error : currentExceptionError();
     }
-    deliver(std::move(task_.originalRequest), std::move(task_.response), std::move(error));
+    session_->deliver(
+        handlerCall(std::move(task_.originalRequest), std::move(task_.response), std::move(error)));
+    endHold();
     session_->remove(*this);
 }
 
@@ -224,13 +267,14 @@ void RunningRequest::offerToCache() {
     }
 }
 
-void RunningRequest::deliver(URLRequest request, std::optional<HTTPURLResponse> response,
-                             std::optional<Error> error) {
+UniqueFunction<void()> RunningRequest::handlerCall(URLRequest request,
+                                                   std::optional<HTTPURLResponse> response,
+                                                   std::optional<Error> error) {
     DataResponse<void> raw{std::move(request), std::move(response), std::move(body_), {}};
     if (error) {
         raw.result = *std::move(error);
     }
-    session_->mainQueue->async(std::exchange(finisher_, nullptr)(std::move(raw)));
+    return std::exchange(finisher_, nullptr)(std::move(raw));
 }
 
 } // namespace teralune

@@ -4,16 +4,29 @@
 #include "Platform/Foundation/FatalError.h"
 #include "Platform/Http/HttpTransport.h"
 #include "Platform/Http/RunningRequest.h"
+#include "Platform/Http/SessionSteps.h"
 #include "Platform/PlatformServices.h"
 
+#include <utility>
+
 namespace teralune {
+
+std::shared_ptr<Session> Session::make(SessionManager& owner, const PlatformServices& platform,
+                                       HttpHeaders headers) {
+    auto session = std::make_shared<Session>(owner, platform, std::move(headers));
+    session->steps->setSession(session);
+    return session;
+}
 
 Session::Session(SessionManager& owner, const PlatformServices& platform, HttpHeaders headers)
     : manager(owner)
     , mainQueue(platform.mainQueue)
     , delegateQueue(platform.httpDelegateQueue)
+    , steps(std::make_shared<SessionSteps>(platform.httpDelegateQueue))
     , transport(platform.transport)
     , additionalHeaders(std::move(headers)) {}
+
+Session::~Session() = default;
 
 Session::Activity::Activity(Session& session) : session_(session) {
     const std::lock_guard lock(session_.mutex_);
@@ -23,6 +36,7 @@ Session::Activity::Activity(Session& session) : session_(session) {
 
 Session::Activity::~Activity() {
     if (isAdmitted_) {
+        session_.mainQueue->asyncAll(std::exchange(session_.handlerCalls_, {}));
         const std::lock_guard lock(session_.mutex_);
         session_.isActive_ = false;
         session_.activityEnded_.notify_all();
@@ -32,15 +46,51 @@ Session::Activity::~Activity() {
 bool Session::add(std::shared_ptr<RunningRequest> request) {
     const std::lock_guard lock(mutex_);
     if (!isClosed_) {
-        const RunningRequest* const key = request.get();
-        requests_.emplace(key, std::move(request));
+        const std::uint64_t number = request->number;
+        requests_.emplace(number, std::move(request));
     }
     return !isClosed_;
 }
 
 void Session::remove(const RunningRequest& request) {
+    heldBack_.erase(request.number);
     const std::lock_guard lock(mutex_);
-    requests_.erase(&request);
+    requests_.erase(request.number);
+}
+
+void Session::beginHold() {
+    if (holds_++ > 0) {
+        return;
+    }
+    std::vector<std::shared_ptr<RunningRequest>> requests;
+    {
+        const std::lock_guard lock(mutex_);
+        for (const auto& [number, request] : requests_) {
+            requests.push_back(request);
+        }
+    }
+    for (const auto& request : requests) {
+        if (request->withdraw()) {
+            heldBack_.emplace(request->number, request);
+        }
+    }
+}
+
+void Session::endHold() {
+    if (--holds_ == 0) {
+        for (const auto& [number, held] : std::exchange(heldBack_, {})) {
+            if (const auto request = held.lock()) {
+                request->begin();
+            }
+        }
+    }
+}
+
+bool Session::holdsBack(RunningRequest& request) {
+    if (holds_ > 0) {
+        heldBack_.emplace(request.number, request.weak_from_this());
+    }
+    return holds_ > 0;
 }
 
 void Session::setAdapter(RequestAdapter* newAdapter) {

@@ -9,7 +9,7 @@
 namespace teralune {
 
 SessionManager::SessionManager(const PlatformServices& platform, Configuration configuration)
-    : session_(std::make_shared<Session>(*this, platform, std::move(configuration.httpAdditionalHeaders))) {}
+    : session_(Session::make(*this, platform, std::move(configuration.httpAdditionalHeaders))) {}
 
 SessionManager::~SessionManager() {
     session_->close();

@@ -32,6 +32,9 @@ public:
     std::optional<Url> resolve(std::string_view reference) const;
 
 private:
+    /// No value for what needs more than a glance; the characters have been looked at.
+    static std::optional<Url> parseOrdinary(std::string_view text);
+
     std::string text_;
     std::string scheme_;
     std::string host_;

@@ -31,6 +31,7 @@ public:
     int logOutsTold = 0; ///< calls of userWasLoggedOut
     std::shared_ptr<ExternalUserAgentSession> authorizationFlow;
 
+    CrashReporterType* crashReporterService = &recordingCrashReporter;
     NetworkingType* networkingService = nullptr;
     UserAccountModelType* userAccountModelService = &fakeUserAccountModel;
     SettingsPersistenceType* persistenceService = &settings;
@@ -44,7 +45,7 @@ public:
     /// Runs every queue until all are idle.
     void run() { fakePlatform.run(); }
 
-    CrashReporterType& crashReporter() override { return recordingCrashReporter; }
+    CrashReporterType& crashReporter() override { return given(crashReporterService); }
     std::string appName() const override { return name; }
     std::string appVersion() const override { return version; }
     std::string buildNum() const override { return build; }

@@ -88,6 +88,36 @@ TEST_F(SessionManagerTest, adapts_each_attempt_anew_and_ends_once) {
     EXPECT_EQ(headers.value("User-Agent"), "test");
 }
 
+TEST_F(SessionManagerTest, sends_nothing_else_while_the_retrier_owes_an_answer) {
+    auto refused = send("/refused");
+    settle();
+    transport->answer(0, ScriptedTransport::reply(403));
+    settle();
+    std::string token = "old";
+    adapter.onAdapt = [&token](URLRequest request) {
+        request.url.append("?" + token);
+        return request;
+    };
+    auto first = send("/1");
+    auto second = send("/2");
+    auto dropped = send("/3");
+    auto asked =
+        manager->request("http://h/refresh", HttpMethod::post).withoutRetrier().response([](auto) {});
+    settle();
+    token = "new";
+    dropped.cancel();
+    held[0](RetryDecision::retry, milliseconds(20));
+    settle();
+    queue->advance(milliseconds(20));
+    settle();
+    std::vector<std::string> urls;
+    for (const URLRequest& request : transport->requests()) {
+        urls.push_back(request.url);
+    }
+    EXPECT_THAT(urls, ElementsAre("http://h/refused", "http://h/refresh?old", "http://h/1?new",
+                                  "http://h/2?new", "http://h/refused?new"));
+}
+
 TEST_F(SessionManagerTest, ends_with_the_first_failure_when_the_retrier_declines_or_forgets) {
     transport->setScript([](const URLRequest& request) {
         return request.url.ends_with("/lost") ? ScriptedTransport::failure(HttpTransportError::timedOut)
@@ -210,9 +240,11 @@ TEST_F(SessionManagerTest, sends_nothing_that_must_not_be_sent) {
 TEST_F(SessionManagerTest, tells_every_handler_when_it_is_destroyed) {
     std::vector<RequestHandle> handles;
     handles.push_back(send("/held"));
+    handles.push_back(send("/sent"));
     settle();
     transport->answer(0, ScriptedTransport::reply(403));
-    handles.push_back(send("/sent"));
+    settle();
+    handles.push_back(send("/heldBack"));
     settle();
     handles.push_back(send("/queued"));
     auto leftOver = manager->request("http://h/left", HttpMethod::get);
@@ -224,8 +256,8 @@ TEST_F(SessionManagerTest, tells_every_handler_when_it_is_destroyed) {
     held.at(0)(RetryDecision::retry, milliseconds(0));
     handles.clear();
     settle();
-    EXPECT_THAT(events,
-                testing::UnorderedElementsAre("/held -999", "/sent -999", "/queued -999", "/left -999"));
+    EXPECT_THAT(events, testing::UnorderedElementsAre("/held -999", "/sent -999", "/heldBack -999",
+                                                      "/queued -999", "/left -999"));
     EXPECT_EQ(transport->requests().size(), 2U);
 }
 
