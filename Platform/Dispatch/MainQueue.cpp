@@ -51,6 +51,22 @@ struct MainQueue::State {
         }
     }
 
+    /// Has work appended with the lock held, and wakes whoever runs it.
+    template<class Append>
+    void add(Append append) {
+        bool isFirst = false;
+        {
+            const std::lock_guard lock(mutex);
+            const bool wasEmpty = ready.empty();
+            append();
+            isFirst = wasEmpty && !ready.empty();
+            changed.notify_all();
+        }
+        if (isFirst) {
+            wake();
+        }
+    }
+
     /// Runs the first piece if its number is below the limit.
     bool runNext(const MainQueue& queue, std::uint64_t limit) noexcept {
         Work work;
@@ -120,27 +136,15 @@ const std::string& MainQueue::label() const {
 }
 
 void MainQueue::async(Work work) {
-    std::vector<Work> one;
-    one.push_back(std::move(work));
-    asyncAll(std::move(one));
+    state_->add([this, &work] { state_->appendReady(std::move(work)); });
 }
 
 void MainQueue::asyncAll(std::vector<Work> work) {
-    if (work.empty()) {
-        return;
-    }
-    bool wasEmpty = false;
-    {
-        const std::lock_guard lock(state_->mutex);
-        wasEmpty = state_->ready.empty();
+    state_->add([this, &work] {
         for (Work& piece : work) {
             state_->appendReady(std::move(piece));
         }
-        state_->changed.notify_all();
-    }
-    if (wasEmpty) {
-        state_->wake();
-    }
+    });
 }
 
 void MainQueue::asyncAfter(std::chrono::milliseconds delay, Work work) {
