@@ -10,6 +10,8 @@
 #include "Platform/Foundation/Utf8.h"
 #include "Platform/Http/CookieStorage.h"
 
+#include <algorithm>
+
 namespace teralune {
 namespace {
 
@@ -38,52 +40,59 @@ bool isAsciiSeparator(char character) {
            character == ';' || character == '=';
 }
 
+/// Each run of separators becomes one "_". Nearly every value of every request is ASCII, where no expression
+/// is needed.
+void appendWithoutSeparators(std::string& text, std::string_view value) {
+    if (!isAscii(value)) {
+        static const RegularExpression separators = compiled("[\\s,;=]+");
+        text.append(separators.replacingMatches(value, "_"));
+        return;
+    }
+    while (!value.empty()) {
+        const auto separator = std::find_if(value.begin(), value.end(), isAsciiSeparator);
+        text.append(value.begin(), separator);
+        if (separator == value.end())
+            return;
+        text.push_back('_');
+        value = {std::find_if_not(separator, value.end(), isAsciiSeparator), value.end()};
+    }
+}
+
+void appendCookie(std::string& header, std::string_view name, std::string_view value) {
+    header.append(header.empty() ? "" : ";").append(name).push_back('=');
+    appendWithoutSeparators(header, value);
+}
+
 } // namespace
 
 std::string Networking::cookie(std::string_view name, std::string_view value) {
-    std::string item(name);
-    item.push_back('=');
-    if (!isAscii(value)) {
-        static const RegularExpression separators = compiled("[\\s,;=]+");
-        return item.append(separators.replacingMatches(value, "_"));
-    }
-    // Nearly every value of every request is ASCII, where no expression is needed.
-    bool isBehindSeparator = false;
-    for (const char character : value) {
-        const bool isSeparator = isAsciiSeparator(character);
-        if (!isSeparator || !isBehindSeparator)
-            item.push_back(isSeparator ? '_' : character);
-        isBehindSeparator = isSeparator;
-    }
+    std::string item;
+    appendCookie(item, name, value);
     return item;
 }
 
-std::vector<std::pair<std::string_view, std::string>> Networking::standardCookieHeaders() const {
+std::string Networking::standardCookies() const {
     const SettingsPersistenceType& persistence = application_.persistence();
     const Device& device = *application_.platform().device;
-    return {
-        {"tq.platform", "iOS"},
-        {"tq.app", application_.appName() + "/" + application_.appVersion() + "." + application_.buildNum()},
-        {"tq.device", device.modelDescription()},
-        {"tq.os", device.systemVersion()},
-        {"tq.installation", persistence.installationID()},
-        {"tq.orientation", std::string(orientationWord(application_.currentOrientation()))},
-        {"tq2.decimal", std::to_string(persistence.numDecimalDisplay())},
-    };
+    std::string header;
+    appendCookie(header, "tq.platform", "iOS");
+    appendCookie(header, "tq.app",
+                 application_.appName() + "/" + application_.appVersion() + "." + application_.buildNum());
+    appendCookie(header, "tq.device", device.modelDescription());
+    appendCookie(header, "tq.os", device.systemVersion());
+    appendCookie(header, "tq.installation", persistence.installationID());
+    appendCookie(header, "tq.orientation", orientationWord(application_.currentOrientation()));
+    appendCookie(header, "tq2.decimal", std::to_string(persistence.numDecimalDisplay()));
+    return header;
 }
 
 std::string Networking::getCookieString(IsLogout isLogout) const {
-    std::string header;
-    const auto append = [&header](std::string_view name, std::string_view value) {
-        header.append(header.empty() ? "" : ";").append(cookie(name, value));
-    };
+    std::string header = standardCookies();
     // One value that no header can hold would keep every request from being sent.
-    const auto appendWhereSound = [&append](std::string_view name, const std::optional<std::string>& value) {
+    const auto appendWhereSound = [&header](std::string_view name, const std::optional<std::string>& value) {
         if (value && canBeCookieValue(*value))
-            append(name, *value);
+            appendCookie(header, name, *value);
     };
-    for (const auto& [name, value] : standardCookieHeaders())
-        append(name, value);
     {
         const std::lock_guard lock(playSessionMutex_);
         appendWhereSound(PlaySessionKey, playSession_);

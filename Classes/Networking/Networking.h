@@ -165,7 +165,7 @@ private:
     DataRequest post(std::string_view path, const HttpParameters& parameters, SessionManager& manager);
 
     std::string getCookieString(IsLogout isLogout) const;
-    std::vector<std::pair<std::string_view, std::string>> standardCookieHeaders() const;
+    std::string standardCookies() const;
     void capturePlaySession(const HTTPURLResponse& response);
 
     void taskDidComplete(const SessionTask& task, const std::optional<Error>& error);

@@ -60,8 +60,9 @@ struct MainQueue::State {
             const bool wasEmpty = ready.empty();
             append();
             isFirst = wasEmpty && !ready.empty();
-            changed.notify_all();
         }
+        // Without the lock, which who wakes up wants to have at once.
+        changed.notify_all();
         if (isFirst) {
             wake();
         }

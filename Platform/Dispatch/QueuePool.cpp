@@ -42,6 +42,7 @@ struct QueuePool::State {
     std::vector<std::thread> threads;
     /// Set when the pool was destroyed on this one of its threads, which then has to clear up after itself.
     std::atomic<std::thread::id> survivor;
+    std::atomic<bool> isStopped = false;
 
     void run(Priority priority) {
         if (priority == Priority::background) {
@@ -54,6 +55,7 @@ struct QueuePool::State {
     }
 
     void stop() {
+        isStopped = true;
         context->stop();
         for (std::thread& thread : threads) {
             if (thread.get_id() == std::this_thread::get_id()) {
@@ -121,8 +123,8 @@ private:
     std::string label_;
 };
 
-/// Keeps its own list and has at most one runner in the pool, which takes one piece and goes to the back of
-/// the pool's line, so that a busy serial queue leaves the threads to others too.
+/// Keeps its own list and has at most one runner in the pool, which takes a few pieces and goes to the back
+/// of the pool's line, so that a busy serial queue leaves the threads to others too.
 class QueuePool::SerialQueue final : public DispatchQueue, public std::enable_shared_from_this<SerialQueue> {
 public:
     SerialQueue(std::shared_ptr<State> pool, std::string label)
@@ -162,7 +164,7 @@ private:
                 queue_->dropWaiting();
             }
         }
-        void operator()() noexcept { std::exchange(queue_, nullptr)->runNext(); }
+        void operator()() noexcept { std::exchange(queue_, nullptr)->run(); }
 
     private:
         std::shared_ptr<SerialQueue> queue_;
@@ -170,24 +172,27 @@ private:
 
     void postRunner() { pool_->post(Runner(shared_from_this())); }
 
-    void runNext() {
-        Work work;
-        {
-            const std::lock_guard lock(mutex_);
-            work = std::move(waiting_.front());
-            waiting_.pop_front();
-        }
-        {
+    void run() {
+        constexpr int mostPieces = 16;
+        for (int count = 0; count < mostPieces; ++count) {
+            if (pool_->isStopped) {
+                return dropWaiting();
+            }
+            Work work;
+            {
+                const std::lock_guard lock(mutex_);
+                hasRunner_ = !waiting_.empty();
+                if (!hasRunner_) {
+                    return;
+                }
+                work = std::move(waiting_.front());
+                waiting_.pop_front();
+            }
             const CurrentQueue current(*this);
             work();
+            // What the work holds may have destructors with work of their own, which belongs to the queue
+            // too.
             work = nullptr;
-        }
-        {
-            const std::lock_guard lock(mutex_);
-            hasRunner_ = !waiting_.empty();
-            if (!hasRunner_) {
-                return;
-            }
         }
         postRunner();
     }

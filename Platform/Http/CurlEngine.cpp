@@ -58,13 +58,27 @@ CurlEngine::CurlEngine(const CurlTransport::Limits& limits)
 
 CurlEngine::~CurlEngine() = default;
 
+template<class Command>
+void CurlEngine::leave(Command command) {
+    bool isAsleep = false;
+    {
+        const std::lock_guard lock(mutex_);
+        command();
+        isAsleep = std::exchange(isWaiting_, false);
+    }
+    // Without the lock, which the thread wants to have as soon as it wakes up.
+    if (isAsleep) {
+        watch_.wake();
+    }
+}
+
 std::shared_ptr<CurlEngine::Job> CurlEngine::add(URLRequest request, TransferLane lane,
                                                  HttpTransport::Completion completion) {
     auto job = std::make_shared<Job>(limits_, std::move(request), lane, std::move(completion));
-    const std::lock_guard lock(mutex_);
-    job->id = ++lastId_;
-    added_.push_back(job);
-    wake();
+    leave([&] {
+        job->id = ++lastId_;
+        added_.push_back(job);
+    });
     return job;
 }
 
@@ -84,17 +98,11 @@ bool CurlEngine::withdraw(Job& job) {
 }
 
 void CurlEngine::leaveCancel(const Job& job) {
-    const std::lock_guard lock(mutex_);
-    cancelled_.push_back(job.id);
-    wake();
+    leave([&] { cancelled_.push_back(job.id); });
 }
 
 void CurlEngine::stop() {
-    {
-        const std::lock_guard lock(mutex_);
-        isStopping_ = true;
-        wake();
-    }
+    leave([&] { isStopping_ = true; });
     if (thread_.get_id() == std::this_thread::get_id()) {
         thread_.detach();
     } else {
@@ -108,8 +116,9 @@ std::string CurlEngine::originOf(const std::string& url) {
 }
 
 /// A connection that became free carries the next request before anyone is told of the last one: the server
-/// works on it while completions run. Whatever performed transfers is followed by a look at the messages
-/// before the thread sleeps, since nothing would wake it for a transfer that has ended.
+/// works on it while completions run. They run once nothing else is ready, or together when a few have come
+/// up, since each time wakes other threads. Whatever performed transfers is followed by a look at the
+/// messages before the thread sleeps, since nothing would wake it for a transfer that has ended.
 void CurlEngine::run() {
     multi_ = curl_multi_init();
     curl_multi_setopt(multi_, CURLMOPT_MAXCONNECTS, static_cast<long>(limits_.transfers + 4));
@@ -117,8 +126,11 @@ void CurlEngine::run() {
     while (takeCommands()) {
         startWaiting();
         watch_.performDue();
-        complete();
-        if (!readMessages()) {
+        const bool isBusy = readMessages() || (!ended_.empty() && watch_.performReady());
+        if (!isBusy || isCompletionDue()) {
+            complete();
+        }
+        if (!isBusy) {
             wait();
         }
     }
@@ -210,8 +222,18 @@ bool CurlEngine::readMessages() {
 }
 
 void CurlEngine::end(Job& job, TransferOutcome outcome) {
+    if (ended_.empty()) {
+        firstEnded_ = std::chrono::steady_clock::now();
+    }
     ended_.push_back({jobs_.at(job.id), std::move(outcome)});
     forget(job.id);
+}
+
+bool CurlEngine::isCompletionDue() const {
+    constexpr std::size_t most = 16;
+    constexpr std::chrono::microseconds longest(500);
+    return !ended_.empty() &&
+           (ended_.size() >= most || std::chrono::steady_clock::now() - firstEnded_ >= longest);
 }
 
 void CurlEngine::complete() {
@@ -250,13 +272,6 @@ void CurlEngine::wait() {
         }
     }
     watch_.wait();
-}
-
-/// With the lock held.
-void CurlEngine::wake() {
-    if (std::exchange(isWaiting_, false)) {
-        watch_.wake();
-    }
 }
 
 } // namespace teralune

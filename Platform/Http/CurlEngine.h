@@ -7,6 +7,7 @@
 #include "Platform/Http/RequestSchedule.h"
 
 #include <atomic>
+#include <chrono>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -62,12 +63,15 @@ private:
     void perform(Job& job);
     bool readMessages();
     void end(Job& job, TransferOutcome outcome);
+    bool isCompletionDue() const;
     void complete();
     void forget(RequestSchedule::Id id);
     void releaseHandle(Job& job);
     void wait();
     void leaveCancel(const Job& job);
-    void wake();
+    /// Carries out the command with the lock held and wakes the thread if it sleeps.
+    template<class Command>
+    void leave(Command command);
 
     const CurlTransport::Limits limits_;
     CurlWatch watch_;
@@ -90,6 +94,7 @@ private:
     RequestSchedule schedule_;
     std::unordered_map<RequestSchedule::Id, std::shared_ptr<Job>> jobs_;
     std::vector<Ended> ended_; ///< whose completions are still to run
+    std::chrono::steady_clock::time_point firstEnded_;
 };
 
 } // namespace teralune

@@ -43,9 +43,9 @@ void CurlWatch::performDue() {
     }
 }
 
-void CurlWatch::wait() {
+bool CurlWatch::perform(int milliseconds) {
     epoll_event events[64];
-    const int count = epoll_wait(epoll_, events, std::size(events), millisecondsLeft());
+    const int count = epoll_wait(epoll_, events, std::size(events), milliseconds);
     for (int index = 0; index < count; ++index) {
         const epoll_event& ready = events[index];
         if (ready.data.fd == event_) {
@@ -58,7 +58,7 @@ void CurlWatch::wait() {
                                ((ready.events & EPOLLOUT) != 0 ? CURL_CSELECT_OUT : 0) |
                                ((ready.events & EPOLLERR) != 0 ? CURL_CSELECT_ERR : 0));
     }
-    performDue();
+    return count > 0;
 }
 
 void CurlWatch::wake() const {

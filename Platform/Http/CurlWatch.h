@@ -20,8 +20,13 @@ public:
     void attach(void* multi);
     /// Carries on what is due without waiting: transfers that were just added, and those whose time is up.
     void performDue();
+    /// Does what there is to do at the sockets and returns whether there was anything.
+    bool performReady() { return perform(0); }
     /// Waits until there is something to do, and does it. Returns after a wake too.
-    void wait();
+    void wait() {
+        perform(millisecondsLeft());
+        performDue();
+    }
     /// Ends the present wait or else the next. Any thread.
     void wake() const;
 
@@ -30,6 +35,7 @@ private:
 
     static int onSocket(void* easy, int socket, int what, void* watch, void* known) noexcept;
     static int onTimer(void* multi, long milliseconds, void* watch) noexcept;
+    bool perform(int milliseconds);
     void act(int socket, int events);
     int millisecondsLeft() const;
 

@@ -114,9 +114,7 @@ void RunningRequest::post(std::chrono::milliseconds delay, Step step) {
         }
     };
     if (delay.count() > 0) {
-        session_->delegateQueue->asyncAfter(
-            delay,
-            [steps = session_->steps, work = std::move(work)]() mutable { steps->post(std::move(work)); });
+        session_->steps->postAfter(delay, std::move(work));
     } else {
         session_->steps->post(std::move(work));
     }

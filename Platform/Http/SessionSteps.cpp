@@ -18,8 +18,20 @@ void SessionSteps::post(DispatchQueue::Work step) {
     postPiece();
 }
 
+void SessionSteps::postAfter(std::chrono::milliseconds delay, DispatchQueue::Work step) {
+    queue_->asyncAfter(delay, [weak = weak_from_this(), step = std::move(step)]() mutable {
+        if (const auto steps = weak.lock()) {
+            steps->post(std::move(step));
+        }
+    });
+}
+
 void SessionSteps::postPiece() {
-    queue_->async([steps = shared_from_this()] { steps->runPiece(); });
+    queue_->async([weak = weak_from_this()] {
+        if (const auto steps = weak.lock()) {
+            steps->runPiece();
+        }
+    });
 }
 
 void SessionSteps::runPiece() {

@@ -2,6 +2,7 @@
 
 #include "Platform/Dispatch/DispatchQueue.h"
 
+#include <chrono>
 #include <deque>
 #include <memory>
 #include <mutex>
@@ -15,8 +16,8 @@ class Session;
 /// so that neither threads nor locks change hands for each; a piece ends after 16 steps or half a
 /// millisecond, since the queue has other users.
 ///
-/// Steps that never run are dropped with this object. It owns no session: a thread of the transport that
-/// brings a reply must not become the last owner of one.
+/// Steps that never run are dropped with this object, which the queue does not own. It owns no session: a
+/// thread of the transport that brings a reply must not become the last owner of one.
 class SessionSteps : public std::enable_shared_from_this<SessionSteps> {
 public:
     explicit SessionSteps(std::shared_ptr<DispatchQueue> queue) : queue_(std::move(queue)) {}
@@ -25,6 +26,7 @@ public:
 
     /// Any thread. A step must not throw; it is dropped when the session is closed.
     void post(DispatchQueue::Work step);
+    void postAfter(std::chrono::milliseconds delay, DispatchQueue::Work step);
 
 private:
     void postPiece();

@@ -51,6 +51,13 @@ bool isDigit(char character) {
     return character >= '0' && character <= '9';
 }
 
+std::size_t authorityLength(std::string_view text) {
+    const auto end = std::find_if(text.begin(), text.end(), [](char character) {
+        return character == '/' || character == '?' || character == '#';
+    });
+    return static_cast<std::size_t>(end - text.begin());
+}
+
 /// A name in lower case of which some label begins with a letter, so that it can't be another way to write an
 /// address, or 127.0.0.1.
 bool isOrdinaryHost(std::string_view host) {
@@ -79,7 +86,7 @@ std::optional<Url> Url::parseOrdinary(std::string_view text) {
     if (!text.starts_with(url.scheme_ + "://") || text.find("/.", authority) != std::string_view::npos) {
         return std::nullopt;
     }
-    const std::size_t path = std::min(text.find_first_of("/?#", authority), text.size());
+    const std::size_t path = authority + authorityLength(text.substr(authority));
     const std::size_t colon = std::min(text.find(':', authority), path);
     const std::string_view port = text.substr(colon, path - colon);
     url.port_ = url.isSecure() ? 443 : 80;
@@ -94,7 +101,7 @@ std::optional<Url> Url::parseOrdinary(std::string_view text) {
         return std::nullopt;
     }
     const std::string_view rest = text.substr(path);
-    url.path_ = rest.substr(0, rest.find_first_of("?#"));
+    url.path_ = rest.substr(0, std::min(rest.find('?'), rest.find('#')));
     if (url.path_.empty()) {
         url.path_ = "/";
     }
