@@ -6,12 +6,15 @@
 
 #include <algorithm>
 #include <deque>
-#include <limits>
 #include <string>
 #include <vector>
 
 namespace teralune {
 namespace {
+
+/// No store comes to a number beyond it by itself. A damaged one that was taken over would leave no numbers
+/// for new rows.
+constexpr std::int64_t highestPlausibleKey = std::int64_t{1} << 40;
 
 struct Column {
     std::string name;
@@ -63,7 +66,7 @@ public:
 
     Result<void> run() {
         // First come the large ones, so that what is found early is spread over the table.
-        std::deque<Range> ranges{{1, std::numeric_limits<std::int64_t>::max()}};
+        std::deque<Range> ranges{{1, highestPlausibleKey}};
         while (!ranges.empty() && search_.attempts > 0) {
             Range range = ranges.front();
             ranges.pop_front();

@@ -250,7 +250,7 @@ TEST(StoreFaultTests, a_kill_at_any_moment_leaves_what_one_of_the_transactions_h
     StoreWorld world(folder.path());
     const std::vector<std::string> states = statesOfRounds(world);
     std::mt19937 random(20190105);
-    const std::size_t kills = faultCount(150, 4500);
+    const std::size_t kills = faultCount(150, 4700);
     std::set<std::string> seen;
     for (std::size_t number = 0; number < kills; ++number) {
         world.place("", "");

@@ -35,8 +35,8 @@ struct StoreRepairReport {
 /// refused with StoreErrorCode::storeInUse otherwise. Reads the whole file, which takes some seconds for
 /// hundreds of megabytes, and needs as much free space as is saved, and that of the whole file too where its
 /// first page is damaged. A file that is damaged beyond reading and another program's database give an empty
-/// store. A store of a newer version is no damage and is refused with StoreErrorCode::newerStore; no store at
-/// all with StoreErrorCode::noStore.
+/// store. A whole store of a newer version is no damage and is refused with StoreErrorCode::newerStore; no
+/// store at all with StoreErrorCode::noStore.
 ///
 /// Of the locations it uses the data folder, which holds the store, and the library's bundle. A failure, such
 /// as a full disk, leaves the store as it was, and so does a kill at any moment before the new store is
