@@ -138,7 +138,7 @@ TEST_F(StoreDamageTests, a_log_that_was_cut_off_anywhere_gives_what_it_holds_eve
     ASSERT_GT(log.size(), 4096U);
     std::size_t points = 0;
     for (const std::string& damaged : {file, std::string(100, '\0') + file.substr(100)}) {
-        for (std::size_t length = 0; length <= log.size(); length += isLong() ? 8 : 1031, ++points) {
+        for (std::size_t length = 0; length <= log.size(); length += isLong() ? 64 : 1031, ++points) {
             world.place(StoreWorld::storeName, damaged);
             std::ofstream(world.file.string() + "-wal", std::ios::binary) << log.substr(0, length);
             ASSERT_TRUE(world.repair()) << length << ": " << world.lastFailure;
