@@ -51,9 +51,14 @@ Result<URLRequest> followingRequest(const URLRequest& request, const HTTPURLResp
     if (from->isSecure() && !to->isSecure()) {
         return httpTransportError(HttpTransportError::redirectToNonExistentLocation, "from https to http");
     }
+    const bool isElsewhere = !from->hasSameOrigin(*to);
+    if (isElsewhere && request.body.index() != 0 && !becomesGet(request.method, response.statusCode)) {
+        return httpTransportError(HttpTransportError::redirectToNonExistentLocation,
+                                  "with a body to another origin");
+    }
     URLRequest following = request;
     following.url = to->text();
-    if (!from->hasSameOrigin(*to)) {
+    if (isElsewhere) {
         following.headers = impersonal(request.headers);
     }
     if (becomesGet(request.method, response.statusCode)) {

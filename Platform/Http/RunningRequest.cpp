@@ -209,7 +209,8 @@ void RunningRequest::askRetrier(Error error) {
     } catch (...) {
         // The request ends with the failure it had: its answer was dropped on the way here, if not given.
     }
-    if (answeredAttempt_ != attempt_) {
+    // One that is refused again and again would otherwise stop the others again and again.
+    if (answeredAttempt_ != attempt_ && task_.retryCount == 0) {
         isHolding_ = true;
         session_->beginHold();
     }

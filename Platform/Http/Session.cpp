@@ -74,23 +74,36 @@ void Session::beginHold() {
             heldBack_.emplace(request->number, request);
         }
     }
+    steps->postAfter(longestHold, [weak = weak_from_this(), number = ++holdNumber_] {
+        const auto session = weak.lock();
+        if (session && session->holds_ > 0 && session->holdNumber_ == number) {
+            session->isHoldOverdue_ = true;
+            session->beginHeldBack();
+        }
+    });
 }
 
 void Session::endHold() {
     if (--holds_ == 0) {
-        for (const auto& [number, held] : std::exchange(heldBack_, {})) {
-            if (const auto request = held.lock()) {
-                request->begin();
-            }
+        isHoldOverdue_ = false;
+        beginHeldBack();
+    }
+}
+
+void Session::beginHeldBack() {
+    for (const auto& [number, held] : std::exchange(heldBack_, {})) {
+        if (const auto request = held.lock()) {
+            request->begin();
         }
     }
 }
 
 bool Session::holdsBack(RunningRequest& request) {
-    if (holds_ > 0) {
+    const bool isHeld = holds_ > 0 && !isHoldOverdue_;
+    if (isHeld) {
         heldBack_.emplace(request.number, request.weak_from_this());
     }
-    return holds_ > 0;
+    return isHeld;
 }
 
 void Session::setAdapter(RequestAdapter* newAdapter) {

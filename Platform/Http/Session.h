@@ -4,6 +4,7 @@
 #include "Platform/Http/HttpHeaders.h"
 #include "Platform/Http/SessionDelegate.h"
 
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <map>
@@ -59,11 +60,14 @@ public:
     void deliver(UniqueFunction<void()> handlerCall) { handlerCalls_.push_back(std::move(handlerCall)); }
     /// While the retrier owes an answer, a request that has not been sent is not sent either, since it would
     /// most likely meet the same refusal. For each beginHold() one endHold(); the first takes back what waits
-    /// in the transport, the last sends everyone on in the order in which they came.
+    /// in the transport, the last sends everyone on in the order in which they came. An answer that takes
+    /// longer than longestHold is not waited for.
     void beginHold();
     void endHold();
     /// Whether the request must wait; it then begins anew after the hold.
     bool holdsBack(RunningRequest& request);
+
+    static constexpr std::chrono::seconds longestHold{1};
 
     void setAdapter(RequestAdapter* adapter);
     void setRetrier(RequestRetrier* retrier);
@@ -82,6 +86,7 @@ public:
 
 private:
     void waitForActivity(std::unique_lock<std::mutex>& lock);
+    void beginHeldBack();
 
     std::mutex mutex_;
     std::condition_variable activityEnded_;
@@ -93,6 +98,8 @@ private:
     // Of activities.
     std::vector<UniqueFunction<void()>> handlerCalls_;
     std::size_t holds_ = 0;
+    std::uint64_t holdNumber_ = 0;
+    bool isHoldOverdue_ = false;
     std::map<std::uint64_t, std::weak_ptr<RunningRequest>> heldBack_;
 };
 

@@ -258,9 +258,14 @@ TEST(RequestRaceTests, one_request_that_is_refused_for_ever_or_a_refresh_that_ha
         wires.expect(count + 1);
         wires.ask(count);
         for (std::size_t index = 0; index < count; ++index) {
-            wires.networking->verify(
-                "p", "s", SolutionOrigin::input,
-                [&wires, index](const VerifyReply& reply) { wires.tell(index, reply.success); });
+            // In the same session, and in another.
+            if (index % 2 == 0) {
+                wires.networking->removeNote("p", [&wires, index](bool done) { wires.tell(index, done); });
+            } else {
+                wires.networking->verify(
+                    "p", "s", SolutionOrigin::input,
+                    [&wires, index](const VerifyReply& reply) { wires.tell(index, reply.success); });
+            }
         }
         wires.main->runUntil([&] { return wires.told == count && wires.refreshes > (hangs ? 0U : 10U); });
         EXPECT_EQ(wires.runs[count], 0);
