@@ -58,6 +58,8 @@ bool compareDuringMerge() {
     const std::string changed = notebookBytes(noteCount, {.everyHundredthIsChanged = true});
     BenchmarkStore store;
     store.merge(reply);
+    constexpr std::size_t stepsSize = 50'000;
+    store.cacheSteps(noteCount, stepsSize);
     constexpr int lists = 20;
     const auto list = [&] {
         Duration time{};

@@ -1,11 +1,14 @@
 // The server's list of notes: whatever it says, it is merged without an error, and merging it once more
 // changes nothing.
 
+#include "Classes/Model/CoreData/NotebookEntryRecord.h"
 #include "Classes/Model/CoreData/NotebookEntryRepository.h"
 #include "Fuzz/Fuzzer.h"
 #include "Platform/Foundation/JsonMapping.h"
 #include "Tests/Support/FakeStoreApplication.h"
 
+#include <algorithm>
+#include <set>
 #include <tuple>
 
 using namespace teralune;
@@ -34,11 +37,20 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return 0;
     }
     NotebookEntryRepositoryType& repository = host.dataController->notebookEntryRepository();
+    repository.clear();
     repository.insertNotebookEntries(parsed.value().get_array());
     const std::vector<Row> merged = rowsOf(repository);
-    fuzz::require(merged.size() <= parsed.value().get_array().size() ||
-                      repository.noteCount() == static_cast<std::int64_t>(merged.size()),
-                  "no more notes than stored");
+    std::set<std::string> identifiers;
+    for (const boost::json::value& record : parsed.value().get_array()) {
+        const NotebookEntryRecord read = NotebookEntryRecord::read(record);
+        if (read.isComplete()) {
+            identifiers.emplace(*read.id);
+        }
+    }
+    fuzz::require(merged.size() == identifiers.size() &&
+                      std::all_of(merged.begin(), merged.end(),
+                                  [&](const Row& row) { return identifiers.contains(*std::get<1>(row)); }),
+                  "each record that is complete is stored, and nothing else");
     repository.insertNotebookEntries(parsed.value().get_array());
     fuzz::require(rowsOf(repository) == merged, "the same list changes nothing");
     fuzz::require(host.application.recordingCrashReporter.takeErrors().empty(), "no list fails to be stored");

@@ -11,8 +11,8 @@ using namespace teralune;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static FakeApplication application;
-    static Networking networking(application, application.constants);
-    static const auto cookiesSent = [] {
+    Networking networking(application, application.constants);
+    const auto cookiesSent = [&networking] {
         URLRequest request;
         request.url = "https://api.test/";
         const Result<URLRequest> adapted = networking.adapt(std::move(request));
@@ -22,7 +22,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static const auto cookieCount = [](const std::string& cookies) {
         return std::count(cookies.begin(), cookies.end(), ';');
     };
-    static const auto fixedCookies = cookieCount(cookiesSent());
+    const auto fixedCookies = cookieCount(cookiesSent());
     HTTPURLResponse response;
     response.statusCode = 200;
     response.headers.add("Set-Cookie", std::string(fuzz::textOf(data, size)));

@@ -3,8 +3,10 @@
 #include "Classes/Model/CoreData/NotebookTagLinks.h"
 #include "Classes/Model/CoreData/PersistentStoreCoordinator.h"
 #include "Classes/Model/CoreData/StoreError.h"
+#include "Platform/Database/DatabaseError.h"
 #include "Platform/Database/Transaction.h"
 #include "Platform/Foundation/Printer.h"
+#include "Tests/Classes/Model/CoreData/FailingAllocations.h"
 
 #include <atomic>
 #include <thread>
@@ -163,6 +165,37 @@ TEST_F(StoreFaultTests, a_lost_transaction_fails_what_belonged_to_it_and_nothing
     NotebookTagLinks::Outcome outcome;
     EXPECT_FALSE(NotebookTagLinks(writer).add(1, {"a", "b"}, outcome));
     EXPECT_TRUE(outcome.failures.empty()) << "the change has one error, and it is told once";
+}
+
+TEST_F(StoreFaultTests, memory_that_runs_out_anywhere_is_an_error_and_leaves_the_store_whole) {
+    ObjectContext& context = controller->managedObjectContext();
+    std::int64_t stored = 0;
+    bool hasSucceeded = false;
+    for (int number = 0; !hasSucceeded; ++number) {
+        ASSERT_LT(number, 60) << "statements beyond those that are kept would take no memory";
+        // SQL of its own, so that the statement is prepared and finds no place among the kept ones.
+        const std::string sql =
+            "INSERT INTO entries(problem, remoteID) VALUES (?, " + std::to_string(number) + ")";
+        const ObjectContext::Block inserts = [&](Database& database) {
+            const std::string problem(100, 'p');
+            return database.statement(sql).bindAll(problem).run();
+        };
+        Result<void> saved;
+        bool hasFailed = false;
+        {
+            const FailingAllocations from(number);
+            saved = context.performAndWait(inserts);
+            hasFailed = from.haveFailed();
+        }
+        stored += saved ? 1 : 0;
+        if (!saved) {
+            EXPECT_EQ(saved.error(), outOfMemoryError());
+        }
+        hasSucceeded = saved && !hasFailed;
+        EXPECT_EQ(this->number("SELECT count(*) FROM entries"), stored);
+    }
+    EXPECT_GT(stored, 1) << "a statement for which there is no place is no failure";
+    expectWholeStore();
 }
 
 TEST_F(StoreFaultTests, another_process_that_holds_the_lock_does_not_stop_readers) {
