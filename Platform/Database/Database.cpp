@@ -6,10 +6,12 @@
 
 #include <SQLiteCpp/Database.h>
 #include <SQLiteCpp/Exception.h>
+#include <algorithm>
 #include <cerrno>
 #include <new>
 #include <sqlite3.h>
 #include <string>
+#include <system_error>
 
 namespace teralune {
 
@@ -23,6 +25,7 @@ struct Database::State {
     SQLite::Database connection;
     StatementCache statements; // finalized before the connection closes
     bool hasWriteAheadLog = false;
+    std::int64_t salvageTurns = 0;
 };
 
 namespace {
@@ -39,12 +42,31 @@ constexpr const char* writerSettings = "PRAGMA synchronous=NORMAL;"
                                        "PRAGMA journal_size_limit=5242880;"
                                        "PRAGMA secure_delete=FAST;";
 
+constexpr int instructionsPerTurn = 10'000;
+
+/// Checking and reading the smallest rows takes some seven of SQLite's instructions for each byte.
+std::int64_t turnsFor(std::uintmax_t size) {
+    constexpr std::uintmax_t atLeast = 200'000'000;
+    constexpr std::uintmax_t perByte = 64;
+    return static_cast<std::int64_t>((atLeast + perByte * size) / instructionsPerTurn);
+}
+
+int endTurn(void* turnsLeft) {
+    return --*static_cast<std::int64_t*>(turnsLeft) < 0 ? 1 : 0;
+}
+
+sqlite3_file* fileOf(sqlite3* handle) {
+    sqlite3_file* file = nullptr;
+    sqlite3_file_control(handle, "main", SQLITE_FCNTL_FILE_POINTER, &file);
+    return file;
+}
+
 /// Takes the file's lock through the file itself, since what the file holds may be no database, and keeps it
 /// until the connection closes. In exclusive mode SQLite builds the index of the log in memory, so that a
 /// damaged one beside the file does no harm.
 int prepareSalvage(sqlite3* handle) {
-    sqlite3_file* file = nullptr;
-    int code = sqlite3_file_control(handle, "main", SQLITE_FCNTL_FILE_POINTER, &file);
+    sqlite3_file* const file = fileOf(handle);
+    int code = SQLITE_OK;
     for (const int lock : {SQLITE_LOCK_SHARED, SQLITE_LOCK_EXCLUSIVE}) {
         if (code == SQLITE_OK) {
             code = file->pMethods->xLock(file, lock);
@@ -67,6 +89,12 @@ Database::Database(std::unique_ptr<State> state) : state_(std::move(state)) {}
 Database::~Database() = default;
 Database::Database(Database&&) noexcept = default;
 Database& Database::operator=(Database&&) noexcept = default;
+
+std::uintmax_t Database::logSize(const std::filesystem::path& file) {
+    std::error_code missing;
+    const std::uintmax_t size = std::filesystem::file_size(file.string() + "-wal", missing);
+    return missing ? 0 : size;
+}
 
 Result<Database> Database::open(const Options& options) {
     const bool writes = options.access == Access::readWrite;
@@ -98,6 +126,10 @@ Result<Database> Database::open(const Options& options) {
         if (const int code = prepareSalvage(handle); code != SQLITE_OK) {
             return databaseError(code, nullptr);
         }
+        std::error_code unknown;
+        state->salvageTurns =
+            turnsFor(std::filesystem::file_size(options.file, unknown) + logSize(options.file));
+        sqlite3_progress_handler(handle, instructionsPerTurn, endTurn, &state->salvageTurns);
         return Database(std::move(state));
     }
     sqlite3_db_config(handle, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
@@ -173,6 +205,28 @@ Result<std::int64_t> Database::integer(std::string_view sql) {
         return result.error();
     }
     return databaseError(SQLITE_DONE, nullptr);
+}
+
+Result<std::int64_t> Database::fileSize() const {
+    sqlite3_file* const file = fileOf(state_->connection.getHandle());
+    sqlite3_int64 size = 0;
+    const int code = file->pMethods->xFileSize(file, &size);
+    return code == SQLITE_OK ? Result<std::int64_t>(size) : databaseError(code, nullptr);
+}
+
+Result<std::string> Database::fileBytes(std::int64_t offset, std::size_t length) const {
+    const Result<std::int64_t> size = fileSize();
+    if (!size) {
+        return size.error();
+    }
+    const auto wanted = static_cast<std::int64_t>(length);
+    const std::int64_t there = std::clamp<std::int64_t>(size.value() - offset, 0, wanted);
+    std::string bytes(static_cast<std::size_t>(there), '\0');
+    sqlite3_file* const file = fileOf(state_->connection.getHandle());
+    const int code = bytes.empty()
+                         ? SQLITE_OK
+                         : file->pMethods->xRead(file, bytes.data(), static_cast<int>(bytes.size()), offset);
+    return code == SQLITE_OK ? Result<std::string>(std::move(bytes)) : databaseError(code, nullptr);
 }
 
 void Database::passOverDamage() {

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <string>
 #include <string_view>
 
 namespace teralune {
@@ -25,7 +26,9 @@ public:
         readOnly,
         /// For reading what is left of a damaged file, which stays as it is, its write-ahead log included;
         /// but for its mode, which becomes 0600. Opens whatever the file holds. Nobody else has the file open
-        /// meanwhile, in this process or another; opening fails at once when somebody has (isLocked()).
+        /// meanwhile, in this process or another; opening fails at once when somebody has (isLocked()). What
+        /// it runs in all is bounded by the size of the file, since a view of another program's may never
+        /// end: from then on its statements fail.
         salvage
     };
     /// Whether a statement is worth keeping prepared for the next use of the same SQL.
@@ -38,6 +41,8 @@ public:
         std::chrono::milliseconds busyTimeout{5000};
     };
 
+    /// Of the write-ahead log beside that file; 0 where there is none.
+    static std::uintmax_t logSize(const std::filesystem::path& file);
     static Result<Database> open(const Options& options);
     ~Database();
     Database(Database&&) noexcept;
@@ -49,6 +54,11 @@ public:
     Statement statement(std::string_view sql, Reuse reuse = Reuse::kept);
     /// The first column of the first row; no row is an error.
     Result<std::int64_t> integer(std::string_view sql);
+
+    /// The size of the file itself, without its log, and what lies at a place in it; less where it ends. Asks
+    /// through the connection's own descriptor: closing any other one of the same file would drop its locks.
+    Result<std::int64_t> fileSize() const;
+    Result<std::string> fileBytes(std::int64_t offset, std::size_t length) const;
 
     /// From now on the parts of a schema that can't be read are passed over, and a file that was cut off is
     /// taken for what is left of it. For salvage.

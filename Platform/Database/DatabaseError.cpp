@@ -1,5 +1,6 @@
 #include "Platform/Database/DatabaseError.h"
 
+#include <cerrno>
 #include <sqlite3.h>
 #include <string>
 #include <system_error>
@@ -26,6 +27,13 @@ Error systemError(int code, const std::filesystem::path& path) {
 bool isLocked(const Error& error) {
     const auto primary = error.code & 0xFF;
     return error.domain == databaseErrorDomain && (primary == SQLITE_BUSY || primary == SQLITE_LOCKED);
+}
+
+bool isFull(const Error& error) {
+    return error.domain == databaseErrorDomain
+               ? (error.code & 0xFF) == SQLITE_FULL
+               : error.domain == systemErrorDomain &&
+                     (error.code == ENOSPC || error.code == EDQUOT || error.code == EFBIG);
 }
 
 bool isUnreadable(const Error& error) {

@@ -22,6 +22,8 @@ Error systemError(int code, const std::filesystem::path& path);
 
 /// Whether somebody else's lock is in the way.
 bool isLocked(const Error& error);
+/// Whether the disk, the user's share of it or a file can't take more.
+bool isFull(const Error& error);
 /// Whether reading failed because of what the file holds or can't give, rather than for want of memory, of a
 /// lock or of a file descriptor, which says nothing of the file.
 bool isUnreadable(const Error& error);

@@ -27,7 +27,8 @@ std::filesystem::path replacementScratch(const std::filesystem::path& file);
 void discardReplacementDraft(const std::filesystem::path& file);
 
 /// Puts the draft, which must be whole, on disk and closed, into the place of the file, which the caller has
-/// locked. Returns where the old file lies now.
+/// locked. Returns where the old file lies now. A failure either leaves all as it was or, once the draft has
+/// the name that says "take me", leaves the move to whoever comes by next.
 Result<std::filesystem::path> replaceByDraft(const std::filesystem::path& file);
 /// Finishes a move that was interrupted; to be called before the file is opened. Waits for another process
 /// that is just doing it. Returns where the old file lies if there was anything to do.

@@ -53,21 +53,30 @@ Result<std::vector<Table>> tablesOf(Database& database) {
 /// The copy of one table. Its SQL is put together from names in the whole file, which are the program's own.
 class TableCopy {
 public:
-    TableCopy(Database& damaged, Database& whole, const Table& table, KeySearch search)
+    TableCopy(Database& damaged, Database& whole, const Table& table, KeySearch& search)
         : damaged_(damaged)
         , table_(table)
         , insert_(whole.statement(insertion(table), Database::Reuse::once))
         , up_(selection(table, "ASC"))
         , down_(selection(table, "DESC"))
-        , search_(search) {}
+        , search_(search)
+        , attemptsForOthers_(search.attempts / 2) {}
 
-    /// Fails where the damaged file has no such table, or a schema that can't be read.
-    Result<void> prepare() { return damaged_.statement(up_).result(); }
+    /// Whether the damaged file has such a table, in a schema that can be read.
+    Result<bool> prepare() {
+        // Under the same name another program's file may have a view, whose rows need never end.
+        Statement kind = damaged_.statement("SELECT 1 FROM pragma_table_list "
+                                            "WHERE schema = 'main' AND type = 'table' AND name = ?");
+        kind.bind(1, table_.name);
+        const bool isTable = kind.nextRow();
+        const Result<void> result = isTable ? damaged_.statement(up_).result() : kind.result();
+        return result || isUnreadable(result.error()) ? Result<bool>(isTable && result) : result.error();
+    }
 
     Result<void> run() {
         // First come the large ones, so that what is found early is spread over the table.
         std::deque<Range> ranges{{1, highestPlausibleKey}};
-        while (!ranges.empty() && search_.attempts > 0) {
+        do {
             Range range = ranges.front();
             ranges.pop_front();
             for (const bool isUpwards : {true, false}) {
@@ -81,7 +90,7 @@ public:
             const std::int64_t middle = range.low + (range.high - range.low) / 2;
             ranges.push_back({range.low, middle});
             ranges.push_back({middle + 1, range.high});
-        }
+        } while (!ranges.empty() && search_.attempts > attemptsForOthers_);
         return {};
     }
 
@@ -169,12 +178,13 @@ private:
     Statement insert_;
     std::string up_;
     std::string down_;
-    KeySearch search_;
+    KeySearch& search_;
+    const std::int64_t attemptsForOthers_;
 };
 
 } // namespace
 
-Result<SalvagedTables> salvageTables(Database& damaged, Database& whole, KeySearch search) {
+Result<SalvagedTables> salvageTables(Database& damaged, Database& whole, KeySearch& search) {
     const Result<std::vector<Table>> tables = tablesOf(whole);
     if (!tables) {
         return tables.error();
@@ -192,14 +202,14 @@ Result<SalvagedTables> salvageTables(Database& damaged, Database& whole, KeySear
             continue;
         }
         TableCopy copy(damaged, whole, table, search);
-        const Result<void> prepared = copy.prepare();
-        const Result<void> copied =
-            prepared || isUnreadable(prepared.error()) ? (prepared ? copy.run() : Result<void>()) : prepared;
+        const Result<bool> found = copy.prepare();
+        const Result<void> copied = !found ? found.error() : found.value() ? copy.run() : Result<void>();
         const Result<std::int64_t> isStillEmpty = isEmpty();
         if (!copied || !isStillEmpty) {
             return !copied ? copied.error() : isStillEmpty.error();
         }
-        salvaged.hasAny |= prepared.succeeded();
+        salvaged.hasAny |= found.value();
+        salvaged.hasAll &= found.value();
         salvaged.haveAllRows &= isStillEmpty.value() == 0;
     }
     return salvaged;

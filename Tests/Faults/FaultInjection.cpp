@@ -38,6 +38,9 @@ int outcome(int code) {
     if (armed.effect == Fault::Effect::kills) {
         kill(getpid(), SIGKILL);
     }
+    if (armed.effect == Fault::Effect::stops) {
+        raise(SIGSTOP);
+    }
     const bool isFull =
         armed.effect == Fault::Effect::isFull || armed.effect == Fault::Effect::isFullFromThenOn;
     return isFull ? SQLITE_FULL : code;

@@ -14,6 +14,7 @@ struct Fault {
         failsFromThenOn,
         isFull,           ///< "disk full" instead of the call's own error
         isFullFromThenOn, ///< the same for all later ones
+        stops,            ///< the process stands still, until it is killed
         kills             ///< the process is gone; of a write, half has reached the file
     };
     std::uint32_t calls = 0; ///< bits of the kinds, from bit()

@@ -5,8 +5,10 @@
 #include "Tests/Faults/FaultInjection.h"
 #include "Tests/Faults/StoreWorld.h"
 
+#include <csignal>
 #include <cstdlib>
 #include <gmock/gmock.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -152,6 +154,10 @@ TEST_F(StoreDamageTests, a_log_that_was_cut_off_anywhere_gives_what_it_holds_eve
         ASSERT_TRUE(world.repair());
         ASSERT_EQ(world.state(true), newState) << "the last changes are in the log alone";
     }
+    world.place(StoreWorld::storeName, "");
+    std::ofstream(world.file.string() + "-wal", std::ios::binary) << log;
+    ASSERT_TRUE(world.repair() && world.report.damagedFile) << world.lastFailure;
+    EXPECT_EQ(world.bytes(world.report.damagedFile->string() + "-wal"), log) << "all that is left of a store";
     printFaults("log cut off", points, std::to_string(repaired) + " repaired; whole after the next list");
 }
 
@@ -183,8 +189,10 @@ TEST_F(StoreDamageTests, a_file_that_was_never_a_store_can_be_repaired) {
     const std::filesystem::path foreign = other.path() / StoreWorld::storeName;
     {
         Result<Database> database = Database::open({.file = foreign});
-        ASSERT_TRUE(
-            database.value().execute("CREATE TABLE entries(id, other); INSERT INTO entries VALUES ('a', 1)"));
+        ASSERT_TRUE(database.value().execute(
+            "CREATE TABLE entries(id, other); INSERT INTO entries VALUES ('a', 1);"
+            "CREATE VIEW links AS WITH RECURSIVE endless(n) AS (SELECT 1 UNION ALL "
+            "SELECT n + 1 FROM endless) SELECT n AS entryID, n AS tagID FROM endless"));
     }
     const std::string files[] = {"",
                                  "x",
@@ -218,6 +226,34 @@ TEST_F(StoreDamageTests, a_page_that_can_not_be_read_costs_no_more_than_itself) 
         ASSERT_EQ(world.state(true), sound) << number;
     }
     printFaults("repair with a read that fails", points, "repaired, whole after the next list");
+}
+
+TEST_F(StoreDamageTests, a_disk_without_room_for_a_copy_costs_only_what_the_copy_would_have_given) {
+    const std::string tail(1 << 20, '\0');
+    std::string unlisted = bytes + tail;
+    unlisted[unlisted.find("CREATE TABLE steps")] = 'X';
+    world.open();
+    world.execute("DELETE FROM entries; DROP INDEX entriesByProblem");
+    world.close();
+    const struct {
+        std::string file;
+        bool isRepaired;
+        std::int64_t notes;
+    } cases[] = {
+        {unlisted, true, noteCount}, {world.bytes() + tail, true, 0}, {"s" + unlisted.substr(1), false, 0}};
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit unlimited{};
+    getrlimit(RLIMIT_FSIZE, &unlimited);
+    for (const auto& [file, isRepaired, notes] : cases) {
+        world.place(StoreWorld::storeName, file);
+        const rlimit limit{bytes.size() * 2, unlimited.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+        EXPECT_EQ(world.repair(), isRepaired) << world.lastFailure;
+        setrlimit(RLIMIT_FSIZE, &unlimited);
+        EXPECT_EQ(world.report.notes, notes);
+        EXPECT_EQ(world.bytes(isRepaired ? *world.report.damagedFile : world.file), file);
+    }
+    EXPECT_THAT(world.lastFailure, testing::HasSubstr("File too large"));
 }
 
 TEST_F(StoreDamageTests, what_may_not_be_written_ends_the_library_and_not_the_settings_or_a_repair) {

@@ -191,6 +191,11 @@ public:
         roundsDone += came ? 1 : 0;
         return came;
     }
+    /// Whether it stands still; false when it has ended.
+    bool waitForStop() const {
+        int status = 0;
+        return waitpid(process_, &status, WUNTRACED) == process_ && WIFSTOPPED(status);
+    }
     void kill() const { ::kill(process_, SIGKILL); }
     /// Whether it was killed; false when it has done all that it was to do.
     bool wait() {
@@ -293,6 +298,21 @@ TEST(StoreFaultTests, a_store_in_use_elsewhere_is_not_repaired_and_works_on) {
     EXPECT_TRUE(world.query() && world.merge(world.oldList));
 }
 
+TEST(StoreFaultTests, a_repair_keeps_everybody_away_until_the_new_store_is_in_place) {
+    const TemporaryFolder folder;
+    StoreWorld world(folder.path());
+    ASSERT_TRUE(world.open() && world.merge(world.oldList));
+    const std::string sound = world.state();
+    world.place(StoreWorld::storeName, "s" + world.bytes().substr(1));
+    Child child("stopped repair", folder.path(), 0);
+    ASSERT_TRUE(child.waitForStop()) << "before it renames the draft";
+    EXPECT_FALSE(world.repair());
+    EXPECT_EQ(world.lastFailure, "The notebook store is open elsewhere.");
+    child.kill();
+    EXPECT_TRUE(child.wait() && world.repair()) << world.lastFailure;
+    EXPECT_EQ(world.state(), sound);
+}
+
 int runChild(const std::string& what, const std::string& folder, int number) {
     StoreWorld world(folder);
     const auto report = [] { return write(STDOUT_FILENO, ".", 1) == 1; };
@@ -305,6 +325,10 @@ int runChild(const std::string& what, const std::string& folder, int number) {
                 return 1;
             }
         }
+    }
+    if (what == "stopped repair") {
+        armFault({Fault::bit(Call::rename), 1, Fault::Effect::stops});
+        return world.repair() ? 0 : 1;
     }
     const Operation operation = storeOperations(nullptr).at(std::stoul(what));
     const bool opened = operation.opening(world);

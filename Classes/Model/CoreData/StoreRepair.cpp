@@ -18,18 +18,23 @@ namespace {
 
 using std::filesystem::path;
 
-/// The text that the query gives, or none where the file can't be read.
-Result<std::optional<std::string>> textIfReadable(Database& database, std::string_view sql) {
+Result<std::string> textOf(Database& database, std::string_view sql) {
     Statement query = database.statement(sql, Database::Reuse::once);
-    std::optional<std::string> text;
+    std::string text;
     if (query.nextRow()) {
         text = query.optionalString(0).value_or("");
     }
     const Result<void> result = query.result();
-    if (!result && !isUnreadable(result.error())) {
-        return result.error();
+    return result ? Result<std::string>(std::move(text)) : result.error();
+}
+
+/// None where the damaged file can't be read.
+Result<std::optional<std::string>> textIfReadable(Database& damaged, std::string_view sql) {
+    const Result<std::string> read = textOf(damaged, sql);
+    if (!read && !isUnreadable(read.error())) {
+        return read.error();
     }
-    return result ? text : std::nullopt;
+    return read ? std::optional(read.value()) : std::nullopt;
 }
 
 /// Each table, index and column by its name, so that a store that lacks one is told from one that is whole.
@@ -70,11 +75,11 @@ Result<bool> isHealthy(Database& store, Database& draft, const ObjectModel& mode
         }
     }
     const Result<std::optional<std::string>> found = textIfReadable(store, shape);
-    const Result<std::optional<std::string>> expected = textIfReadable(draft, shape);
+    const Result<std::string> expected = textOf(draft, shape);
     if (!found || !expected) {
         return !found ? found.error() : expected.error();
     }
-    const bool isAsExpected = found.value().has_value() && found.value() == expected.value();
+    const bool isAsExpected = found.value() == expected.value();
     if (isUnknown && !isAsExpected) {
         return storeError(StoreErrorCode::newerStore, "The store was made by a newer version.");
     }
@@ -91,7 +96,8 @@ Result<bool> isHealthy(Database& store, Database& draft, const ObjectModel& mode
     return counted ? Result<bool>(counted.value() == "ok") : counted.error();
 }
 
-/// Fills the draft. Of a healthy store there is none.
+/// Fills the draft. Of a healthy store there is none. An empty file is asked nothing, which would cost its
+/// log.
 Result<StoreRepairReport> fillDraft(Database& store, const path& file, const ObjectModel& model) {
     discardReplacementDraft(file);
     Result<Database> draft = StoreSalvage::openDraft(replacementDraft(file));
@@ -99,7 +105,12 @@ Result<StoreRepairReport> fillDraft(Database& store, const path& file, const Obj
         return draft.error();
     }
     StoreRepairReport report;
-    const Result<bool> healthy = isHealthy(store, draft.value(), model);
+    const Result<std::int64_t> size = store.fileSize();
+    if (!size) {
+        return size.error();
+    }
+    const Result<bool> healthy =
+        size.value() == 0 ? Result<bool>(false) : isHealthy(store, draft.value(), model);
     if (!healthy) {
         return healthy.error();
     }
@@ -137,8 +148,8 @@ Result<StoreRepairReport> repairStore(const PlatformServices::Locations& locatio
     if (!std::filesystem::exists(file, unknown)) {
         return storeError(StoreErrorCode::noStore, "There is no notebook store at " + file.string() + ".");
     }
-    if (size == 0) {
-        // As good as a missing one; and SQLite would remove a log that lies beside it.
+    if (size == 0 && Database::logSize(file) == 0) {
+        // As good as a missing one. Beside a log it is one that was lost, and SQLite would remove the log.
         return StoreRepairReport{.damagedFile = finished.value()};
     }
     // Held until the end: it is what keeps everybody else away.

@@ -40,7 +40,9 @@ struct StoreRepairReport {
 ///
 /// Of the locations it uses the data folder, which holds the store, and the library's bundle. A failure, such
 /// as a full disk, leaves the store as it was, and so does a kill at any moment before the new store is
-/// whole; afterwards whoever opens the store next finishes the change first. Nothing is thrown.
+/// whole. Once it is whole the change is decided on: after a kill, and after a failure to rename one of the
+/// files, which is returned (systemErrorDomain), whoever opens or repairs the store next finishes it first.
+/// Nothing is thrown.
 Result<StoreRepairReport> repairStore(const PlatformServices::Locations& locations);
 
 } // namespace teralune

@@ -14,18 +14,12 @@ namespace {
 
 using std::filesystem::path;
 
-/// A row with its places in the indexes hardly takes less than 64 bytes, and of more than a million keys that
-/// lead nowhere the search would take longer than it is worth. The highest number given out may be damaged
-/// itself.
-Result<KeySearch> keySearch(Database& damaged, std::uintmax_t size) {
+/// A row with its places in the indexes hardly takes less than 64 bytes, and of more than half a million keys
+/// that lead nowhere the search would take longer than it is worth.
+std::int64_t expectedRows(std::uintmax_t size) {
     constexpr std::uintmax_t bytesPerRow = 64;
-    constexpr std::uintmax_t mostKeys = 1'000'000;
-    const Result<std::int64_t> highest = damaged.integer("SELECT max(seq) FROM sqlite_sequence");
-    if (!highest && !isUnreadable(highest.error())) {
-        return highest.error();
-    }
-    const auto rows = static_cast<std::int64_t>(std::min(size / bytesPerRow, mostKeys));
-    return KeySearch{.highestKey = std::max(rows, highest ? highest.value() : 0), .attempts = 2 * rows};
+    constexpr std::uintmax_t mostKeys = 500'000;
+    return static_cast<std::int64_t>(std::min(size / bytesPerRow, mostKeys));
 }
 
 /// The first page of a new store, for which the scratch file is used.
@@ -63,16 +57,26 @@ Result<void> StoreSalvage::run() {
     if (!firstPage) {
         return firstPage.error();
     }
-    Result<void> done;
-    // A list of tables that can be read tells another program's database by its tables.
-    const Result<std::int64_t> objects = store_.integer("SELECT count(*) FROM sqlite_schema");
-    if (!objects && !isUnreadable(objects.error())) {
-        return objects.error();
+    const Result<std::int64_t> size = store_.fileSize();
+    if (!size) {
+        return size.error();
     }
-    isStore_ = !objects;
-    store_.passOverDamage();
-    if (!firstPage.value().hasSameHeader(file_)) {
+    const std::int64_t rows =
+        expectedRows(static_cast<std::uintmax_t>(size.value()) + Database::logSize(file_));
+    search_ = {.highestKey = rows, .attempts = 2 * rows};
+    // A list of tables that can be read tells another program's database by its tables. Asked for the list of
+    // an empty file, SQLite would remove the log beside it.
+    const Result<bool> isReadable = size.value() == 0 ? Result<bool>(false) : readList(store_);
+    if (!isReadable) {
+        return isReadable.error();
+    }
+    isStore_ = !isReadable.value();
+    Result<void> done;
+    if (!firstPage.value().hasSameHeader(store_)) {
         done = readCopyWith(firstPage.value(), FirstPage::Part::header);
+    }
+    if (!done) {
+        return done;
     }
     Result<Transaction> transaction = Transaction::begin(draft_, Transaction::Kind::writing);
     if (!transaction) {
@@ -98,10 +102,22 @@ Result<void> StoreSalvage::run() {
     return done ? transaction.value().commit() : done;
 }
 
+Result<bool> StoreSalvage::readList(Database& database) {
+    // Two tables or indexes at the same place are damage too.
+    const Result<std::int64_t> list =
+        database.integer("SELECT count(*) = count(DISTINCT rootpage) FROM sqlite_schema WHERE rootpage > 0");
+    if (!list && !isUnreadable(list.error())) {
+        return list.error();
+    }
+    database.passOverDamage();
+    isListSound_ = list && list.value() == 1;
+    return list.succeeded();
+}
+
 Result<void> StoreSalvage::readCopyWith(const FirstPage& firstPage, FirstPage::Part part) {
     copy_.reset();
     const path scratch = replacementScratch(file_);
-    if (Result<void> copied = firstPage.copyWith(part, file_, scratch); !copied) {
+    if (Result<void> copied = firstPage.copyWith(part, store_, file_, scratch); !copied) {
         return copied;
     }
     Result<Database> opened = Database::open({.file = scratch, .access = Database::Access::salvage});
@@ -109,21 +125,23 @@ Result<void> StoreSalvage::readCopyWith(const FirstPage& firstPage, FirstPage::P
         return opened.error();
     }
     copy_ = std::move(opened).value();
-    copy_->passOverDamage();
-    return {};
+    const Result<bool> isReadable = readList(*copy_);
+    return isReadable ? Result<void>() : isReadable.error();
 }
 
 Result<void> StoreSalvage::saveRows() {
-    const Result<KeySearch> search = keySearch(source(), std::filesystem::file_size(file_));
-    if (!search) {
-        return search.error();
+    // The highest number given out may be damaged itself.
+    const Result<std::int64_t> highest = source().integer("SELECT max(seq) FROM sqlite_sequence");
+    if (!highest && !isUnreadable(highest.error())) {
+        return highest.error();
     }
-    const Result<SalvagedTables> tables = salvageTables(source(), draft_, search.value());
+    search_.highestKey = std::max(search_.highestKey, highest ? highest.value() : 0);
+    const Result<SalvagedTables> tables = salvageTables(source(), draft_, search_);
     if (!tables) {
         return tables.error();
     }
     isStore_ |= tables.value().hasAny;
-    isComplete_ |= tables.value().haveAllRows;
+    isComplete_ |= isListSound_ ? tables.value().hasAll : tables.value().haveAllRows;
     return {};
 }
 
@@ -131,8 +149,12 @@ Result<void> StoreSalvage::saveWhatTheSchemaHides(const FirstPage& firstPage) {
     if (isComplete_ || !isStore_) {
         return {};
     }
-    Result<void> opened = readCopyWith(firstPage, FirstPage::Part::page);
-    return opened ? saveRows() : opened;
+    const Result<void> opened = readCopyWith(firstPage, FirstPage::Part::page);
+    if (opened) {
+        return saveRows();
+    }
+    const Result<std::int64_t> hasNotes = draft_.integer("SELECT EXISTS(SELECT 1 FROM entries)");
+    return isFull(opened.error()) && hasNotes && hasNotes.value() != 0 ? Result<void>() : opened;
 }
 
 } // namespace teralune

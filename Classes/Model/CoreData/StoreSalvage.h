@@ -2,6 +2,7 @@
 
 #include "Platform/Database/Database.h"
 #include "Platform/Database/FirstPage.h"
+#include "Platform/Database/TableSalvage.h"
 #include "Platform/Foundation/Result.h"
 
 #include <filesystem>
@@ -27,10 +28,14 @@ public:
 
 private:
     Database& source() { return copy_ ? *copy_ : store_; }
+    /// Asks for the list of tables, and from then on passes over what can't be read of it. Returns whether
+    /// all of it could be read.
+    Result<bool> readList(Database& database);
     Result<void> readCopyWith(const FirstPage& firstPage, FirstPage::Part part);
     Result<void> saveRows();
     /// Where the list of tables is damaged, and not another program's, most stores still have their tables at
-    /// the places of a new one. A table without rows may be one whose place is wrong.
+    /// the places of a new one. Beside a damaged list a table without rows may be one whose place is wrong.
+    /// If the disk has no room for that, what was saved so far is what there is, unless it is no note at all.
     Result<void> saveWhatTheSchemaHides(const FirstPage& firstPage);
 
     Database& store_;
@@ -39,8 +44,12 @@ private:
     const ObjectModel& model_;
     /// Read in place of the store once its first page has turned out to be damaged.
     std::optional<Database> copy_;
-    /// Whether the file may have the store's tables, and whether each of them has given rows.
+    /// For all tables and steps together, so that the time that a repair takes is bounded.
+    KeySearch search_;
+    /// Whether the file may have the store's tables, whether their list can be read as a whole, and whether
+    /// no other place need be looked at.
     bool isStore_ = false;
+    bool isListSound_ = false;
     bool isComplete_ = false;
 };
 
