@@ -127,7 +127,8 @@ private:
     /// Copies the rows of the range from one end on, and takes from it what has been seen: all of it, unless
     /// a page can't be read.
     Result<void> walk(Range& range, bool isUpwards) {
-        if (range.isEmpty()) {
+        // A single key needs no second look from its other side.
+        if (range.isEmpty() || (!isUpwards && range.low == range.high)) {
             return {};
         }
         bool hasRows = false;
