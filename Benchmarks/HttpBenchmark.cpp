@@ -64,8 +64,10 @@ public:
         const double each = 1000 / static_cast<double>(single);
         const double added = (one.measured - one.baseline).count() * each;
         constexpr double goal = 40;
-        std::printf("  %.1f microseconds a request against %.1f: %.1f more (goal %.0f)\n",
-                    one.measured.count() * each, one.baseline.count() * each, added, goal);
+        const double bare = one.baseline.count() * each;
+        std::printf("  %.1f microseconds a request against %.1f: %.1f more, %.1f to %.1f (goal %.0f)\n",
+                    one.measured.count() * each, bare, added, (one.lowest - 1) * bare,
+                    (one.highest - 1) * bare, goal);
         return added <= goal;
     }
 
