@@ -50,6 +50,14 @@ Result<std::vector<Table>> tablesOf(Database& database) {
     return tables;
 }
 
+/// The columns of a table, by which a definition that is damaged and still can be parsed is told.
+std::string definitionIn(Database& database, const std::string& table) {
+    Statement columns =
+        database.statement("SELECT group_concat(name || ' ' || type || ' ' || pk) FROM pragma_table_info(?)");
+    columns.bind(1, table);
+    return columns.nextRow() ? columns.optionalString(0).value_or("") : "";
+}
+
 /// The copy of one table. Its SQL is put together from names in the whole file, which are the program's own.
 class TableCopy {
 public:
@@ -210,7 +218,8 @@ Result<SalvagedTables> salvageTables(Database& damaged, Database& whole, KeySear
             return !copied ? copied.error() : isStillEmpty.error();
         }
         salvaged.hasAny |= found.value();
-        salvaged.hasAll &= found.value();
+        salvaged.hasAll &=
+            found.value() && definitionIn(damaged, table.name) == definitionIn(whole, table.name);
         salvaged.haveAllRows &= isStillEmpty.value() == 0;
     }
     return salvaged;

@@ -19,7 +19,7 @@ struct KeySearch {
 
 struct SalvagedTables {
     bool hasAny = false;     ///< whether the damaged file has one of them
-    bool hasAll = true;      ///< whether it has each of them, with all of its columns
+    bool hasAll = true;      ///< whether it has each of them, defined as in the whole one
     bool haveAllRows = true; ///< whether each has given at least one row
 };
 
