@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <iterator>
 
 namespace teralune {
@@ -76,7 +77,11 @@ int CurlWatch::onSocket(void* /*easy*/, int socket, int what, void* watch, void*
     wanted.events =
         ((what & CURL_POLL_IN) != 0 ? EPOLLIN : 0U) | ((what & CURL_POLL_OUT) != 0 ? EPOLLOUT : 0U);
     wanted.data.fd = socket;
-    epoll_ctl(self.epoll_, known ? EPOLL_CTL_MOD : EPOLL_CTL_ADD, socket, &wanted);
+    // libcurl may speak of a socket it has closed, and know a new one by the number of an old one.
+    const bool isKnown = known && epoll_ctl(self.epoll_, EPOLL_CTL_MOD, socket, &wanted) == 0;
+    if (!isKnown && epoll_ctl(self.epoll_, EPOLL_CTL_ADD, socket, &wanted) != 0 && errno == EEXIST) {
+        epoll_ctl(self.epoll_, EPOLL_CTL_MOD, socket, &wanted);
+    }
     curl_multi_assign(self.multi_, socket, watch);
     return 0;
 }

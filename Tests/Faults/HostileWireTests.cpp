@@ -142,6 +142,23 @@ TEST(HostileWireTests, a_reply_that_breaks_off_at_any_byte_is_an_error) {
     printFaults("replies that break off", points, "no part taken for the whole");
 }
 
+TEST(HostileWireTests, a_reply_that_trickles_in_byte_by_byte_is_read_whole) {
+    const std::string reply = chunked + "5\r\n{\"a\":\r\n2\r\n1}\r\n0\r\n\r\n";
+    LoopbackServer server([&reply](const Received&) {
+        Reply bytes;
+        for (const char byte : reply) {
+            std::move(bytes).then(std::string(1, byte));
+        }
+        return bytes;
+    });
+    CurlTransport client;
+    const std::size_t count = faultCount(20, 2'000);
+    for (std::size_t index = 0; index < count; ++index) {
+        EXPECT_EQ(exchange(client, server.url()).body, "{\"a\":1}");
+    }
+    printFaults("replies that trickle in", count * reply.size(), "each read whole");
+}
+
 TEST(HostileWireTests, a_body_may_be_as_long_as_the_limit_and_no_byte_longer) {
     CurlTransport::Limits limits;
     limits.bodyBytes = faultCount(1 << 20, limits.bodyBytes);
