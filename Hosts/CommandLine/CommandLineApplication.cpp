@@ -127,9 +127,14 @@ void CommandLineApplication::settle() {
     const auto noRequestIsUnderWay = [this] {
         if (transferCounter_->transfersUnderWay() > 0)
             return false;
-        // A reply that has just arrived may be on its way through the delegate queue, and start a retry.
-        platform_.httpDelegateQueue->sync([] {});
-        return !mainQueue_->drain() && transferCounter_->transfersUnderWay() == 0;
+        // A reply that has just arrived may be on its way through the delegate queue, and start a retry. A
+        // session may put its next steps behind the first call; what they do is seen after the second.
+        for (int call = 0; call < 2; ++call) {
+            platform_.httpDelegateQueue->sync([] {});
+            if (mainQueue_->drain() || transferCounter_->transfersUnderWay() > 0)
+                return false;
+        }
+        return true;
     };
     const auto limit = std::chrono::steady_clock::now() + settleLimit;
     while (!noRequestIsUnderWay() && std::chrono::steady_clock::now() < limit)
