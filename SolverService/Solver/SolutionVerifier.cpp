@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 #include <vector>
 
 namespace teralune::service {
@@ -41,15 +42,21 @@ Expression::Pointer claimedValue(std::string_view claim, char letter) {
     return value && !lettersOf(*value).contains(letter) ? std::move(value) : nullptr;
 }
 
-std::optional<bool> holdsExactly(const Equation& equation, char letter, const Expression& value) {
+/// What one side has over the other, multiplied out; absent when that is no polynomial with a value.
+std::optional<Polynomial> differenceOf(const Equation& equation, char letter) {
     const std::optional<Polynomial> left = Polynomial::of(*equation.left, letter);
     const std::optional<Polynomial> right = Polynomial::of(*equation.right, letter);
-    const std::optional<Polynomial> number = Polynomial::of(value, letter);
-    if (!left || !right || !number) {
+    if (!left || !right) {
         return std::nullopt;
     }
-    const Rational difference = (*left - *right).at(number->coefficient(0));
-    return difference.isDefined() ? std::optional(difference == Rational(0)) : std::nullopt;
+    Polynomial difference = *left - *right;
+    return difference.isDefined() ? std::optional(std::move(difference)) : std::nullopt;
+}
+
+std::optional<bool> isExactRoot(const Polynomial& polynomial, char letter, const Expression& value) {
+    const std::optional<Polynomial> number = Polynomial::of(value, letter);
+    const Rational left = number ? polynomial.at(number->coefficient(0)) : Rational::undefined();
+    return left.isDefined() ? std::optional(left == Rational(0)) : std::nullopt;
 }
 
 /// Multiplied out exactly, so that no large terms are left that would cancel each other in all but their
@@ -71,15 +78,7 @@ bool isNearlyRoot(const Polynomial& polynomial, double number) {
     return std::fabs(sum) <= tolerance * terms + roundingOfRoot;
 }
 
-bool holdsNearly(const Equation& equation, char letter, const Expression& value) {
-    const double number = evaluate(value, letter, 0);
-    const std::optional<Polynomial> leftSide = Polynomial::of(*equation.left, letter);
-    const std::optional<Polynomial> rightSide = Polynomial::of(*equation.right, letter);
-    if (leftSide && rightSide) {
-        if (const Polynomial difference = *leftSide - *rightSide; difference.isDefined()) {
-            return isNearlyRoot(difference, number);
-        }
-    }
+bool holdsNearly(const Equation& equation, char letter, double number) {
     const double left = evaluate(*equation.left, letter, number);
     const double right = evaluate(*equation.right, letter, number);
     return std::fabs(left - right) <= tolerance * std::max({1.0, std::fabs(left), std::fabs(right)});
@@ -98,14 +97,20 @@ std::optional<bool> verifySolution(std::string_view problem, std::string_view so
         return std::nullopt;
     }
     const char letter = *letters.begin();
+    const std::optional<Polynomial> difference = differenceOf(*equation, letter);
     bool verified = true;
     for (const std::string_view claim : claimsOf(solution)) {
         const Expression::Pointer value = claimedValue(claim, letter);
         if (!value) {
             return std::nullopt;
         }
-        const std::optional<bool> exactly = holdsExactly(*equation, letter, *value);
-        verified = verified && (exactly ? *exactly : holdsNearly(*equation, letter, *value));
+        const double number = evaluate(*value, letter, 0);
+        if (difference) {
+            verified = verified &&
+                       isExactRoot(*difference, letter, *value).value_or(isNearlyRoot(*difference, number));
+        } else {
+            verified = verified && holdsNearly(*equation, letter, number);
+        }
     }
     return verified;
 }
