@@ -183,7 +183,7 @@ void CurlEngine::start(Job& job) {
 
 void CurlEngine::perform(Job& job) {
     if (idleHandles_.empty()) {
-        job.handle = std::make_unique<CurlHandle>(limits_);
+        job.handle = std::make_unique<CurlHandle>(limits_, watch_);
     } else {
         job.handle = std::move(idleHandles_.back());
         idleHandles_.pop_back();

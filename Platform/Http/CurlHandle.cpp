@@ -1,12 +1,16 @@
 #include "Platform/Http/CurlHandle.h"
 
 #include "Platform/Http/CurlExchange.h"
+#include "Platform/Http/CurlWatch.h"
 
 #include <curl/curl.h>
 
 namespace teralune {
 
-CurlHandle::CurlHandle(const CurlTransport::Limits& limits) : limits_(limits), easy_(curl_easy_init()) {
+CurlHandle::CurlHandle(const CurlTransport::Limits& limits, CurlWatch& watch)
+    : limits_(limits)
+    , watch_(watch)
+    , easy_(curl_easy_init()) {
     if (easy_) {
         setSharedOptions();
     }
@@ -44,6 +48,7 @@ void CurlHandle::setSharedOptions() {
     isSpecial_ = false;
     proxy_ = Proxy::fromEnvironment;
     curl_easy_setopt(easy_, CURLOPT_PRIVATE, this);
+    watch_.adopt(easy_);
     curl_easy_setopt(easy_, CURLOPT_NOSIGNAL, 1L);
     curl_easy_setopt(easy_, CURLOPT_QUICK_EXIT, 1L);
     curl_easy_setopt(easy_, CURLOPT_PROTOCOLS_STR, "http,https");

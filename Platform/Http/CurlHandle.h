@@ -7,13 +7,14 @@
 namespace teralune {
 
 class CurlExchange;
+class CurlWatch;
 
 /// An easy handle of libcurl with the options set that all requests share. It keeps them from one request to
 /// the next, since setting them anew costs as much as the rest of a small request. Used by the engine's
 /// thread alone.
 class CurlHandle {
 public:
-    explicit CurlHandle(const CurlTransport::Limits& limits);
+    CurlHandle(const CurlTransport::Limits& limits, CurlWatch& watch);
     ~CurlHandle();
     CurlHandle(const CurlHandle&) = delete;
     CurlHandle& operator=(const CurlHandle&) = delete;
@@ -47,6 +48,7 @@ private:
     static std::size_t onBytes(char* data, std::size_t size, std::size_t count, void* handle) noexcept;
 
     const CurlTransport::Limits& limits_;
+    CurlWatch& watch_;
     void* const easy_;
     void* owner_ = nullptr;
     CurlExchange* exchange_ = nullptr;

@@ -4,17 +4,15 @@
 
 #include <curl/curl.h>
 
-#include <algorithm>
-
 namespace teralune {
 
 CurlHeaderLines::CurlHeaderLines() = default;
 CurlHeaderLines::~CurlHeaderLines() = default;
 
 void CurlHeaderLines::make(const URLRequest& request) {
-    text_.clear();
+    reserve(request.headers);
     // Without its "Expect" a large form would wait a second for a server that never answers it.
-    addLine("Expect:");
+    addLine({"Expect:"});
     bool hasCookie = false;
     bool hasContentType = false;
     for (const auto& [name, value] : request.headers) {
@@ -29,15 +27,21 @@ void CurlHeaderLines::make(const URLRequest& request) {
         addField("Cookie", *request.headers.value("Cookie"));
     }
     if (!hasContentType && request.body.index() < 2) {
-        addLine("Content-Type:");
+        addLine({"Content-Type:"});
     }
+}
 
-    nodes_.resize(static_cast<std::size_t>(std::count(text_.begin(), text_.end(), '\0')));
-    char* line = text_.data();
-    for (std::size_t index = 0; index < nodes_.size(); ++index) {
-        nodes_[index] = {line, index + 1 < nodes_.size() ? &nodes_[index + 1] : nullptr};
-        line += std::char_traits<char>::length(line) + 1;
+/// The nodes point into the text and at each other, so neither may move.
+void CurlHeaderLines::reserve(const HttpHeaders& headers) {
+    constexpr std::string_view ownLines = "Expect: Content-Type: ";
+    std::size_t size = ownLines.size();
+    for (const auto& [name, value] : headers) {
+        size += name.size() + std::string_view(": ;").size() + value.size();
     }
+    text_.clear();
+    text_.reserve(size);
+    nodes_.clear();
+    nodes_.reserve(headers.size() + 2);
 }
 
 curl_slist* CurlHeaderLines::list() {
@@ -45,17 +49,23 @@ curl_slist* CurlHeaderLines::list() {
 }
 
 void CurlHeaderLines::addField(std::string_view name, std::string_view value) {
-    text_.append(name);
     if (trimmed(value).empty()) {
-        addLine(";");
+        addLine({name, ";"});
     } else {
-        text_.append(": ");
-        addLine(value);
+        addLine({name, ": ", value});
     }
 }
 
-void CurlHeaderLines::addLine(std::string_view line) {
-    text_.append(line).push_back('\0');
+void CurlHeaderLines::addLine(std::initializer_list<std::string_view> pieces) {
+    char* const line = text_.data() + text_.size();
+    for (const std::string_view piece : pieces) {
+        text_.append(piece);
+    }
+    text_.push_back('\0');
+    if (!nodes_.empty()) {
+        nodes_.back().next = nodes_.data() + nodes_.size();
+    }
+    nodes_.push_back({line, nullptr});
 }
 
 } // namespace teralune

@@ -2,7 +2,7 @@
 
 #include "Platform/Http/URLRequest.h"
 
-#include <cstddef>
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -25,7 +25,8 @@ public:
 private:
     /// As libcurl wants it: a field without a value is written with a semicolon, or it would be left out.
     void addField(std::string_view name, std::string_view value);
-    void addLine(std::string_view line);
+    void addLine(std::initializer_list<std::string_view> pieces);
+    void reserve(const HttpHeaders& headers);
 
     std::string text_; ///< the lines, each with its zero
     std::vector<curl_slist> nodes_;

@@ -6,6 +6,7 @@
 
 #include <sys/epoll.h>
 #include <sys/eventfd.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -36,6 +37,13 @@ void CurlWatch::attach(void* multi) {
     curl_multi_setopt(multi, CURLMOPT_TIMERDATA, this);
 }
 
+void CurlWatch::adopt(void* easy) {
+    curl_easy_setopt(easy, CURLOPT_OPENSOCKETFUNCTION, &onOpen);
+    curl_easy_setopt(easy, CURLOPT_OPENSOCKETDATA, this);
+    curl_easy_setopt(easy, CURLOPT_CLOSESOCKETFUNCTION, &onClose);
+    curl_easy_setopt(easy, CURLOPT_CLOSESOCKETDATA, this);
+}
+
 void CurlWatch::performDue() {
     if (due_ && *due_ <= std::chrono::steady_clock::now()) {
         // libcurl names the next moment meanwhile, or the same one again if this came too early for it.
@@ -54,6 +62,9 @@ bool CurlWatch::perform(int milliseconds) {
             eventfd_read(event_, &ignored);
             continue;
         }
+        if (!isWanted(ready.data.fd)) {
+            continue;
+        }
         const bool isBroken = (ready.events & (EPOLLERR | EPOLLHUP)) != 0;
         act(ready.data.fd, ((ready.events & EPOLLIN) != 0 || isBroken ? CURL_CSELECT_IN : 0) |
                                ((ready.events & EPOLLOUT) != 0 ? CURL_CSELECT_OUT : 0) |
@@ -66,24 +77,78 @@ void CurlWatch::wake() const {
     eventfd_write(event_, 1);
 }
 
+int CurlWatch::onOpen(void* watch, int /*purpose*/, curl_sockaddr* address) noexcept {
+    const int opened = ::socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+    if (opened < 0) {
+        return CURL_SOCKET_BAD;
+    }
+    try {
+        static_cast<CurlWatch*>(watch)->sockets_.insert_or_assign(opened, Socket{});
+    } catch (...) {
+        close(opened);
+        return CURL_SOCKET_BAD;
+    }
+    return opened;
+}
+
+int CurlWatch::onClose(void* watch, int socket) noexcept {
+    auto& self = *static_cast<CurlWatch*>(watch);
+    const auto found = self.sockets_.find(socket);
+    if (found != self.sockets_.end()) {
+        // close() alone would not end it while a process that was forked meanwhile has the socket too.
+        if (found->second.watched != 0) {
+            self.control(EPOLL_CTL_DEL, socket, 0);
+        }
+        self.sockets_.erase(found);
+    }
+    return close(socket);
+}
+
 /// A socket that can't be watched is left to libcurl's timers, which end its transfer.
 int CurlWatch::onSocket(void* /*easy*/, int socket, int what, void* watch, void* known) noexcept {
-    const auto& self = *static_cast<CurlWatch*>(watch);
-    if (what == CURL_POLL_REMOVE) {
-        epoll_ctl(self.epoll_, EPOLL_CTL_DEL, socket, nullptr);
-        return 0;
-    }
-    epoll_event wanted{};
-    wanted.events =
+    auto& self = *static_cast<CurlWatch*>(watch);
+    // CURL_POLL_REMOVE has neither bit.
+    const std::uint32_t wanted =
         ((what & CURL_POLL_IN) != 0 ? EPOLLIN : 0U) | ((what & CURL_POLL_OUT) != 0 ? EPOLLOUT : 0U);
-    wanted.data.fd = socket;
-    // libcurl may speak of a socket it has closed, and know a new one by the number of an old one.
-    const bool isKnown = known && epoll_ctl(self.epoll_, EPOLL_CTL_MOD, socket, &wanted) == 0;
-    if (!isKnown && epoll_ctl(self.epoll_, EPOLL_CTL_ADD, socket, &wanted) != 0 && errno == EEXIST) {
-        epoll_ctl(self.epoll_, EPOLL_CTL_MOD, socket, &wanted);
+    const auto own = self.sockets_.find(socket);
+    if (own != self.sockets_.end()) {
+        self.watchOwn(socket, own->second, wanted);
+    } else {
+        self.watchForeign(socket, known != nullptr, wanted);
     }
-    curl_multi_assign(self.multi_, socket, watch);
     return 0;
+}
+
+bool CurlWatch::control(int operation, int socket, std::uint32_t events) const {
+    epoll_event event{};
+    event.events = events;
+    event.data.fd = socket;
+    return epoll_ctl(epoll_, operation, socket, &event) == 0;
+}
+
+void CurlWatch::watchOwn(int socket, Socket& state, std::uint32_t wanted) const {
+    state.wanted = wanted;
+    // One that is idle stays as it is, unless it is writable and so would end every wait.
+    const std::uint32_t watched = wanted != 0 ? wanted : state.watched & EPOLLIN;
+    if (watched == state.watched) {
+        return;
+    }
+    const int operation = state.watched == 0 ? EPOLL_CTL_ADD : watched == 0 ? EPOLL_CTL_DEL : EPOLL_CTL_MOD;
+    state.watched = control(operation, socket, watched) ? watched : 0;
+}
+
+/// The threads that look up names have sockets of libcurl's own, which come and go unseen: it may speak of
+/// one that it has closed, and know a new one by the number of an old one.
+void CurlWatch::watchForeign(int socket, bool isKnown, std::uint32_t wanted) {
+    if (wanted == 0) {
+        control(EPOLL_CTL_DEL, socket, 0);
+        return;
+    }
+    if (!(isKnown && control(EPOLL_CTL_MOD, socket, wanted)) && !control(EPOLL_CTL_ADD, socket, wanted) &&
+        errno == EEXIST) {
+        control(EPOLL_CTL_MOD, socket, wanted);
+    }
+    curl_multi_assign(multi_, socket, this);
 }
 
 int CurlWatch::onTimer(void* /*multi*/, long milliseconds, void* watch) noexcept {
@@ -94,6 +159,16 @@ int CurlWatch::onTimer(void* /*multi*/, long milliseconds, void* watch) noexcept
         due = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
     }
     return 0;
+}
+
+bool CurlWatch::isWanted(int socket) {
+    const auto own = sockets_.find(socket);
+    if (own == sockets_.end() || own->second.wanted != 0) {
+        return true;
+    }
+    control(EPOLL_CTL_DEL, socket, 0);
+    own->second.watched = 0;
+    return false;
 }
 
 void CurlWatch::act(int socket, int events) {

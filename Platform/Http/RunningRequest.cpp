@@ -1,6 +1,7 @@
 #include "Platform/Http/RunningRequest.h"
 
 #include "Platform/Dispatch/DispatchQueue.h"
+#include "Platform/Foundation/FatalError.h"
 #include "Platform/Http/CachePolicy.h"
 #include "Platform/Http/HeaderSafety.h"
 #include "Platform/Http/RequestAdapter.h"
@@ -132,9 +133,11 @@ void RunningRequest::perform(Step& step) noexcept {
             step(*this);
         }
     } catch (...) {
-        if (!hasEnded_) {
-            finish(currentExceptionError());
+        if (hasEnded_) {
+            // Whoever waits for the request would wait for ever.
+            fatalError("There is no memory left to tell how a request ended.");
         }
+        finish(currentExceptionError());
     }
 }
 
