@@ -23,7 +23,7 @@ constexpr int playSessionBytes = 16;
 /// The session cookie of a reply: the client's own when it has one of ours, otherwise a new one.
 std::string playSession(const service::ReceivedRequest& request) {
     const std::string known = request.cookie("PLAY_SESSION").value_or(std::string());
-    const bool ours = known.size() == 2 * playSessionBytes &&
+    const bool ours = known.size() == 2UL * playSessionBytes &&
                       known.find_first_not_of("0123456789abcdef") == std::string::npos;
     return ours ? known : service::randomText(playSessionBytes);
 }

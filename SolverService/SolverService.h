@@ -47,7 +47,7 @@ public:
         std::optional<std::chrono::seconds> tokenTime;
 
         /// Larger request bodies are answered with 413.
-        std::size_t bodyLimit = 8 * 1024 * 1024;
+        std::size_t bodyLimit = 8UL * 1024 * 1024;
         /// How many shared lists a user may take into the notebook.
         std::int64_t savedListLimit = 20;
         /// How many requests the log keeps.

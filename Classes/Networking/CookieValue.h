@@ -11,7 +11,7 @@ namespace teralune {
 /// signs in anew. Blanks are no obstacle, line breaks among them: they are replaced when the cookie is
 /// written.
 inline bool canBeCookieValue(std::string_view value) {
-    constexpr std::size_t longest = 16 * 1024;
+    constexpr std::size_t longest = 16UL * 1024;
     return value.size() <= longest && std::none_of(value.begin(), value.end(), [](char character) {
                const bool isBlank = character >= '\t' && character <= '\r';
                return (static_cast<unsigned char>(character) < ' ' && !isBlank) || character == '\x7f';

@@ -19,8 +19,8 @@ public:
         std::size_t transfersPerHost = 6;
         std::size_t transfers = 32;
         std::size_t redirects = 5;
-        std::size_t headerBytes = 64 * 1024;
-        std::size_t bodyBytes = 256 * 1024 * 1024; ///< decoded
+        std::size_t headerBytes = 64UL * 1024;
+        std::size_t bodyBytes = 256UL * 1024 * 1024; ///< decoded
         std::chrono::milliseconds connectTimeout{10'000};
         std::chrono::seconds idleTimeout{60};
         /// For a whole exchange of the control lane, since everyone waits for its end.

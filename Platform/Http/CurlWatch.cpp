@@ -182,7 +182,7 @@ int CurlWatch::millisecondsLeft() const {
     }
     // Rounded up, so that the wait does not end just before the moment and spin.
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(*due_ - std::chrono::steady_clock::now());
-    constexpr std::int64_t longest = 60 * 60 * 1000;
+    constexpr std::int64_t longest = 60L * 60 * 1000;
     return static_cast<int>(std::clamp<std::int64_t>(left.count(), 0, longest));
 }
 

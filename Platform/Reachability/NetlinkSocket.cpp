@@ -15,7 +15,7 @@ Error lastError() {
 }
 
 /// Large enough for any message but that of a card with very many virtual functions.
-constexpr std::size_t datagramBytes = 32 * 1024;
+constexpr std::size_t datagramBytes = 32UL * 1024;
 
 struct DumpRequest {
     nlmsghdr header;

@@ -10,7 +10,7 @@ namespace teralune::service {
 
 namespace {
 
-constexpr std::size_t receiveSize = 16 * 1024;
+constexpr std::size_t receiveSize = 16UL * 1024;
 
 } // namespace
 

@@ -11,7 +11,7 @@ namespace teralune::service {
 
 namespace {
 
-constexpr std::size_t headLimit = 64 * 1024;
+constexpr std::size_t headLimit = 64UL * 1024;
 
 std::vector<std::pair<std::string, std::string>> headersOf(std::string_view head) {
     std::vector<std::pair<std::string, std::string>> headers;

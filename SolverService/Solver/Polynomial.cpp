@@ -14,13 +14,14 @@ std::optional<Polynomial> powerOf(const Polynomial& base, const Polynomial& expo
     if (exponent.degree() != 0 || !power.isWhole()) {
         return std::nullopt;
     }
-    if (base.degree() == 0) {
+    const std::size_t degree = base.degree();
+    if (degree == 0) {
         // 0^0 is left alone rather than decided.
         const bool decided = !(base.coefficient(0) == Rational(0)) || power.numerator() > 0;
         return decided ? std::optional(Polynomial({base.coefficient(0).power(power.numerator())}))
                        : std::nullopt;
     }
-    const auto largest = static_cast<std::int64_t>(highestDegree / base.degree());
+    const auto largest = static_cast<std::int64_t>(highestDegree / degree);
     if (power.isNegative() || power.numerator() > largest) {
         return std::nullopt;
     }
