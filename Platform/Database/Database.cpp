@@ -55,6 +55,18 @@ int endTurn(void* turnsLeft) {
     return --*static_cast<std::int64_t*>(turnsLeft) < 0 ? 1 : 0;
 }
 
+/// A log is begun behind the first page of its file, so beside a file without any it is what is left of one
+/// that was lost; SQLite would take it for rubbish and remove it. The log is looked at first: another process
+/// may just be making both.
+bool isLostBesideItsLog(const std::filesystem::path& file) {
+    if (Database::logSize(file) == 0) {
+        return false;
+    }
+    std::error_code missing;
+    const std::uintmax_t size = std::filesystem::file_size(file, missing);
+    return missing ? missing == std::errc::no_such_file_or_directory : size == 0;
+}
+
 sqlite3_file* fileOf(sqlite3* handle) {
     sqlite3_file* file = nullptr;
     sqlite3_file_control(handle, "main", SQLITE_FCNTL_FILE_POINTER, &file);
@@ -99,8 +111,15 @@ std::uintmax_t Database::logSize(const std::filesystem::path& file) {
 Result<Database> Database::open(const Options& options) {
     const bool writes = options.access == Access::readWrite;
     const bool salvages = options.access == Access::salvage;
-    if (salvages && !std::filesystem::exists(options.file)) {
-        return systemError(ENOENT, options.file);
+    std::error_code unknown;
+    if (salvages && !std::filesystem::exists(options.file, unknown)) {
+        return systemError(unknown ? unknown.value() : ENOENT, options.file);
+    }
+    if (!salvages && isLostBesideItsLog(options.file)) {
+        Error error = databaseError(SQLITE_CORRUPT, nullptr);
+        error.localizedDescription =
+            options.file.string() + " is empty, and the log beside it holds what is left of it";
+        return error;
     }
     if (writes || salvages) {
         if (Result<void> file = makePrivateFile(options.file); !file) {
@@ -126,7 +145,6 @@ Result<Database> Database::open(const Options& options) {
         if (const int code = prepareSalvage(handle); code != SQLITE_OK) {
             return databaseError(code, nullptr);
         }
-        std::error_code unknown;
         state->salvageTurns =
             turnsFor(std::filesystem::file_size(options.file, unknown) + logSize(options.file));
         sqlite3_progress_handler(handle, instructionsPerTurn, endTurn, &state->salvageTurns);

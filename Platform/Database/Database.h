@@ -12,13 +12,15 @@
 
 namespace teralune {
 
-/// One connection to an SQLite file, used by one thread at a time; whoever shares it locks it. Nothing here
-/// throws: what fails gives an Error of databaseErrorDomain, or of systemErrorDomain where the file can't be
-/// made.
+/// One connection to an SQLite file, used by one thread at a time; whoever shares it locks it. What fails
+/// gives an Error of databaseErrorDomain, or of systemErrorDomain where the file can't be made. Only
+/// std::bad_alloc is thrown, after which connection, statements and transactions can be used as after any
+/// failure; it is for the owner of the connection to make an error of it.
 ///
 /// A connection that may write makes the file (mode 0600) and its folder (0700) when they are missing, keeps
 /// a write-ahead log, checks foreign keys and does not trust the file's schema: no function with side effects
-/// runs from it, and it can't be damaged through SQL.
+/// runs from it, and it can't be damaged through SQL. A file that is empty or missing beside a log that is
+/// not is damaged, and is not opened but for salvage: that would cost the log.
 class Database {
 public:
     enum class Access {

@@ -20,15 +20,15 @@ using std::filesystem::path;
 /// The file itself goes last, since its name decides on the number.
 constexpr const char* parts[] = {"-wal", "-shm", "-journal", ""};
 
-path withSuffix(path file, const char* suffix) {
-    file += suffix;
-    return file;
+// Names are put together as texts: a path that is changed in place while memory runs out can end the process
+// inside the standard library.
+path withSuffix(const path& file, const char* suffix) {
+    return file.native() + suffix;
 }
 
 path numbered(const path& file, int number) {
-    path name = file;
-    name.replace_filename(file.stem().string() + ".damaged-" + std::to_string(number) +
-                          file.extension().string());
+    std::string name = file.native();
+    name.insert(name.size() - file.extension().native().size(), ".damaged-" + std::to_string(number));
     return name;
 }
 

@@ -6,8 +6,10 @@
 #include "Platform/Foundation/JsonMapping.h"
 #include "Platform/Foundation/Utf8.h"
 
+#include <cerrno>
 #include <map>
 #include <mutex>
+#include <new>
 #include <string>
 #include <utility>
 
@@ -16,7 +18,8 @@ namespace teralune {
 namespace {
 
 using Value = UserDefaults::Value;
-using Values = std::map<std::string, Value, std::less<>>;
+/// No value stands for a setting that is not there.
+using Values = std::map<std::string, std::optional<Value>, std::less<>>;
 
 /// How a row's value is to be read. The numbers are on disk.
 enum class ValueType : std::int64_t { text = 0, integer = 1, boolean = 2, date = 3, array = 4 };
@@ -28,6 +31,11 @@ enum class OpenFailure : std::int64_t { somethingElse = 1, madeByNewerVersion = 
 
 Error openError(OpenFailure failure, const std::filesystem::path& file, const std::string& reason) {
     return {"UserDefaultsErrorDomain", static_cast<std::int64_t>(failure), file.string() + ": " + reason, {}};
+}
+
+/// Its texts lie within the strings: it takes no memory.
+Error outOfMemoryError() noexcept {
+    return {"UserDefaults", ENOMEM, "Out of memory.", {}};
 }
 
 /// A row as it is stored: the type, and the number or the text.
@@ -153,11 +161,10 @@ struct SqliteUserDefaults::State {
     std::mutex mutex;
     Database database;
     FailureReporter onFailure;
-    /// What the file held at this data version, and over it what could not be written yet; no value there
-    /// stands for a removal.
+    /// What the file held at this data version, and over it what could not be written yet.
     std::int64_t dataVersion = -1;
     Values values;
-    std::map<std::string, std::optional<Value>, std::less<>> unsaved;
+    Values unsaved;
     /// A disk that fails would otherwise be reported at each read.
     bool readFailed = false;
 
@@ -204,14 +211,12 @@ struct SqliteUserDefaults::State {
         if (Result<void> committed = transaction.value().commit(); !committed) {
             return committed;
         }
-        for (auto& [key, value] : unsaved) {
-            if (value) {
-                values.insert_or_assign(key, std::move(*value));
-            } else {
-                values.erase(key);
-            }
+        // Takes no memory, for want of which a setting would be on disk and not here.
+        while (!unsaved.empty()) {
+            Values::node_type written = unsaved.extract(unsaved.begin());
+            values.erase(written.key());
+            values.insert(std::move(written));
         }
-        unsaved.clear();
         return {};
     }
 
@@ -236,12 +241,19 @@ struct SqliteUserDefaults::State {
     }
 
     void change(std::string_view key, std::optional<Value> value) {
-        const Result<void> written = [&] {
-            const std::lock_guard lock(mutex);
+        report(attempt([&] {
             unsaved.insert_or_assign(std::string(key), std::move(value));
             return writeUnsaved();
-        }();
-        report(written);
+        }));
+    }
+
+    /// With the lock held. Want of memory is a failure like any other.
+    template<class Work>
+    Result<void> attempt(const Work& work) try {
+        const std::lock_guard lock(mutex);
+        return work();
+    } catch (const std::bad_alloc&) {
+        return outOfMemoryError();
     }
 
     void report(const Result<void>& result) const {
@@ -256,7 +268,7 @@ SqliteUserDefaults::SqliteUserDefaults(std::unique_ptr<State> state) : state_(st
 SqliteUserDefaults::~SqliteUserDefaults() = default;
 
 Result<std::unique_ptr<SqliteUserDefaults>> SqliteUserDefaults::open(const std::filesystem::path& file,
-                                                                     FailureReporter onFailure) {
+                                                                     FailureReporter onFailure) try {
     Result<Database> database = Database::open({.file = file});
     if (!database) {
         return database.error();
@@ -277,15 +289,16 @@ Result<std::unique_ptr<SqliteUserDefaults>> SqliteUserDefaults::open(const std::
         return read.error();
     }
     return std::unique_ptr<SqliteUserDefaults>(new SqliteUserDefaults(std::move(state)));
+} catch (const std::bad_alloc&) {
+    return outOfMemoryError();
 }
 
 std::optional<Value> SqliteUserDefaults::value(std::string_view key) const {
-    Result<void> refreshed;
     bool isNews = false;
     std::optional<Value> found;
+    const Result<void> refreshed = state_->attempt([&] { return state_->refresh(); });
     {
         const std::lock_guard lock(state_->mutex);
-        refreshed = state_->refresh();
         isNews = !std::exchange(state_->readFailed, !refreshed);
         if (const auto pending = state_->unsaved.find(key); pending != state_->unsaved.end()) {
             found = pending->second;
@@ -308,11 +321,7 @@ void SqliteUserDefaults::remove(std::string_view key) {
 }
 
 void SqliteUserDefaults::synchronize() {
-    const Result<void> written = [this] {
-        const std::lock_guard lock(state_->mutex);
-        return state_->writeUnsaved();
-    }();
-    state_->report(written);
+    state_->report(state_->attempt([this] { return state_->writeUnsaved(); }));
 }
 
 } // namespace teralune

@@ -16,7 +16,9 @@ namespace teralune {
 /// A write is on disk when it returns. A value of another type than the one asked for reads as absent, but
 /// for what the phone's store converts too: a Boolean reads as the integer 0 or 1, an integer as the Boolean
 /// "not 0". A failing disk never throws: the write is kept in memory, and the failure is handed to the
-/// reporter that the store was opened with.
+/// reporter that the store was opened with. So is a write for which there is no memory; the setting then has
+/// the value that it had. Only the copy of a value that is read may throw std::bad_alloc, since any other
+/// answer would be wrong.
 class UserDefaults {
 public:
     using Value = std::variant<std::string, std::int64_t, bool, Date, boost::json::array>;

@@ -1,20 +1,30 @@
 #include "Tests/Faults/FaultInjection.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <map>
+#include <new>
 #include <sqlite3.h>
+#include <sys/resource.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 namespace teralune {
 namespace {
 
+constexpr std::int64_t halfPage = 2048;
+
 Fault armed;
 std::atomic<int> counted = 0;
+std::atomic<bool> hasStruck = false;
+std::atomic<Memory::Owner> memoryOwner = Memory::Owner::test;
+std::atomic<std::int64_t> living = 0;
+std::filesystem::path disk;
+std::int64_t room = 0;
+rlimit ownLimit{};
 sqlite3_vfs* realFiles = nullptr;
 sqlite3_vfs files;
 /// Of the files that are shared; those of a journal differ in their locks only.
@@ -30,7 +40,9 @@ bool strikes(Call call) {
     const int number = ++counted;
     const bool lasts =
         armed.effect == Fault::Effect::failsFromThenOn || armed.effect == Fault::Effect::isFullFromThenOn;
-    return lasts ? number >= armed.number : number == armed.number;
+    const bool isIt = lasts ? number >= armed.number : number == armed.number;
+    hasStruck = hasStruck || isIt;
+    return isIt;
 }
 
 /// What the call gives when it goes wrong.
@@ -46,29 +58,41 @@ int outcome(int code) {
     return isFull ? SQLITE_FULL : code;
 }
 
-int readFile(sqlite3_file* file, void* bytes, int count, sqlite3_int64 offset) {
-    return strikes(Call::read) ? outcome(SQLITE_IOERR_READ) : realMethods->xRead(file, bytes, count, offset);
+/// The index of a log is no file that a disk without room would lack room for.
+std::int64_t occupied() {
+    std::uintmax_t sum = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(disk)) {
+        sum += entry.path().native().ends_with("-shm") ? 0 : entry.file_size();
+    }
+    return static_cast<std::int64_t>(sum);
+}
+
+/// The system's method, unless it goes wrong.
+template<Call call, int code, auto method, class... Arguments>
+int orFail(sqlite3_file* file, Arguments... arguments) {
+    return strikes(call) ? outcome(code) : (realMethods->*method)(file, arguments...);
 }
 
 int writeFile(sqlite3_file* file, const void* bytes, int count, sqlite3_int64 offset) {
-    if (!strikes(Call::write)) {
-        return realMethods->xWrite(file, bytes, count, offset);
+    if (strikes(Call::write)) {
+        realMethods->xWrite(file, bytes, count / 2, offset);
+        return outcome(SQLITE_IOERR_WRITE);
     }
-    realMethods->xWrite(file, bytes, count / 2, offset);
-    return outcome(SQLITE_IOERR_WRITE);
-}
-
-int truncateFile(sqlite3_file* file, sqlite3_int64 size) {
-    return strikes(Call::truncate) ? outcome(SQLITE_IOERR_TRUNCATE) : realMethods->xTruncate(file, size);
+    sqlite3_int64 size = 0;
+    if (!disk.empty() && realMethods->xFileSize(file, &size) == SQLITE_OK && offset + count > size) {
+        const sqlite3_int64 lacking = offset + count - size - (room - occupied());
+        if (lacking > 0) {
+            hasStruck = true;
+            realMethods->xWrite(file, bytes, static_cast<int>(std::max<sqlite3_int64>(0, count - lacking)),
+                                offset);
+            return SQLITE_FULL;
+        }
+    }
+    return realMethods->xWrite(file, bytes, count, offset);
 }
 
 int syncFile(sqlite3_file*, int) {
     return strikes(Call::sync) ? outcome(SQLITE_IOERR_FSYNC) : SQLITE_OK;
-}
-
-int mapFile(sqlite3_file* file, int page, int size, int extend, volatile void** memory) {
-    return strikes(Call::map) ? outcome(SQLITE_IOERR_SHMMAP)
-                              : realMethods->xShmMap(file, page, size, extend, memory);
 }
 
 /// The file keeps its own state behind the table of its methods, so exchanging the table is enough.
@@ -82,13 +106,13 @@ int openFile(sqlite3_vfs*, const char* name, sqlite3_file* file, int flags, int*
         const auto [found, isNew] = methods.try_emplace(file->pMethods, *file->pMethods);
         sqlite3_io_methods& changed = found->second;
         if (isNew) {
-            changed.xRead = readFile;
+            changed.xRead = orFail<Call::read, SQLITE_IOERR_READ, &sqlite3_io_methods::xRead>;
             changed.xWrite = writeFile;
-            changed.xTruncate = truncateFile;
+            changed.xTruncate = orFail<Call::truncate, SQLITE_IOERR_TRUNCATE, &sqlite3_io_methods::xTruncate>;
             changed.xSync = syncFile;
             if (changed.xShmMap != nullptr) {
                 realMethods = file->pMethods;
-                changed.xShmMap = mapFile;
+                changed.xShmMap = orFail<Call::map, SQLITE_IOERR_SHMMAP, &sqlite3_io_methods::xShmMap>;
             }
         }
         file->pMethods = &changed;
@@ -107,6 +131,29 @@ void* allocate(int size) {
 void* reallocate(void* memory, int size) {
     return strikes(Call::allocate) ? nullptr : realMemory.xRealloc(memory, size);
 }
+
+void* makeObject(std::size_t size, std::align_val_t alignment) noexcept {
+    if (memoryOwner == Memory::Owner::library && strikes(Call::makeObject)) {
+        return nullptr;
+    }
+    const auto step = static_cast<std::size_t>(alignment);
+    ++living;
+    return std::aligned_alloc(step, (std::max<std::size_t>(size, 1) + step - 1) / step * step);
+}
+
+void* makeOrThrow(std::size_t size, std::align_val_t alignment) {
+    if (void* const memory = makeObject(size, alignment)) {
+        return memory;
+    }
+    throw std::bad_alloc();
+}
+
+void dropObject(void* memory) noexcept {
+    living -= memory != nullptr ? 1 : 0;
+    std::free(memory);
+}
+
+constexpr std::align_val_t usual{__STDCPP_DEFAULT_NEW_ALIGNMENT__};
 
 } // namespace
 
@@ -127,17 +174,40 @@ void installFaults() {
     files.xOpen = openFile;
     files.xDelete = removeFile;
     sqlite3_vfs_register(&files, 1);
+    std::signal(SIGXFSZ, [](int) { hasStruck = true; });
+    getrlimit(RLIMIT_FSIZE, &ownLimit);
 }
 
-void armFault(const Fault& fault) {
+void armFault(const Fault& fault, std::filesystem::path folder) {
+    const std::int64_t size = (fault.number - 1) * halfPage;
+    if (fault.effect == Fault::Effect::fillsDisk) {
+        disk = std::move(folder);
+        room = occupied() + size;
+    }
+    if (fault.effect == Fault::Effect::limitsFiles) {
+        const rlimit limit{static_cast<rlim_t>(size), ownLimit.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
     counted = 0;
+    hasStruck = false;
     armed = fault;
 }
 
 bool disarmFault() {
-    const bool struck = counted >= armed.number;
     armed = Fault();
-    return struck;
+    std::filesystem::path().swap(disk);
+    setrlimit(RLIMIT_FSIZE, &ownLimit);
+    return hasStruck;
+}
+
+Memory::Memory(Owner owner) : before_(memoryOwner.exchange(owner)) {}
+
+Memory::~Memory() {
+    memoryOwner = before_;
+}
+
+std::int64_t livingObjects() {
+    return living;
 }
 
 } // namespace teralune
@@ -150,4 +220,30 @@ extern "C" int renameat2(int fromFolder, const char* from, int toFolder, const c
         return teralune::outcome(-1);
     }
     return static_cast<int>(syscall(SYS_renameat2, fromFolder, from, toFolder, to, flags));
+}
+
+// The forms for arrays come to these too, but with the address sanitizer, whose own they are.
+void* operator new(std::size_t size) {
+    return teralune::makeOrThrow(size, teralune::usual);
+}
+void* operator new(std::size_t size, std::align_val_t alignment) {
+    return teralune::makeOrThrow(size, alignment);
+}
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return teralune::makeObject(size, teralune::usual);
+}
+void* operator new(std::size_t size, std::align_val_t alignment, const std::nothrow_t&) noexcept {
+    return teralune::makeObject(size, alignment);
+}
+void operator delete(void* memory) noexcept {
+    teralune::dropObject(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+    teralune::dropObject(memory);
+}
+void operator delete(void* memory, std::align_val_t) noexcept {
+    teralune::dropObject(memory);
+}
+void operator delete(void* memory, std::size_t, std::align_val_t) noexcept {
+    teralune::dropObject(memory);
 }

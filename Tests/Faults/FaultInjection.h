@@ -1,19 +1,34 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 
 namespace teralune {
 
-/// What SQLite and the exchange of a database ask of the system, and can be made to fail.
-enum class Call : std::uint8_t { read, write, sync, truncate, open, remove, map, rename, allocate };
+/// What the store asks of the system, and can be made to fail: SQLite's and the exchange of a database's
+/// calls and memory, and C++'s own memory.
+enum class Call : std::uint8_t {
+    read,
+    write,
+    sync,
+    truncate,
+    open,
+    remove,
+    map,
+    rename,
+    allocate,
+    makeObject
+};
 
-/// Which of the calls of a kind goes wrong, counted from 1, and how.
+/// What goes wrong: of the calls of some kinds, counted from 1, that of the number; or the room on the disk.
 struct Fault {
     enum class Effect : std::uint8_t {
         fails,
         failsFromThenOn,
         isFull,           ///< "disk full" instead of the call's own error
         isFullFromThenOn, ///< the same for all later ones
+        fillsDisk,        ///< the folder has room for that many half pages less one beyond what it holds
+        limitsFiles,      ///< the system lets no file of the process grow beyond as many
         stops,            ///< the process stands still, until it is killed
         kills             ///< the process is gone; of a write, half has reached the file
     };
@@ -27,8 +42,30 @@ struct Fault {
 /// Puts itself between SQLite and the system's files and memory; before SQLite is used, once in the process.
 /// Nothing is really synced, which no test could tell from outside and most would wait for.
 void installFaults();
-void armFault(const Fault& fault);
+void armFault(const Fault& fault, std::filesystem::path folder = {});
 /// Whether the fault came to pass since it was armed.
 bool disarmFault();
+
+/// Whose are the objects that C++ is asked memory for while one of these lives, on all threads: those of the
+/// library may fail, those of the test around it, which is in force at first, never do.
+class Memory {
+public:
+    enum class Owner : bool { test, library };
+    explicit Memory(Owner owner);
+    ~Memory();
+    Memory(const Memory&) = delete;
+    Memory& operator=(const Memory&) = delete;
+
+private:
+    const Owner before_;
+};
+/// Work of the library's.
+template<class Work>
+decltype(auto) ofLibrary(const Work& work) {
+    const Memory memory(Memory::Owner::library);
+    return work();
+}
+/// How many pieces of C++'s memory are in use.
+std::int64_t livingObjects();
 
 } // namespace teralune

@@ -1,14 +1,10 @@
-#include "Classes/Model/CoreData/DataController.h"
 #include "Platform/Database/Database.h"
-#include "Platform/Dispatch/QueuePool.h"
 #include "Tests/Faults/FaultCounts.h"
 #include "Tests/Faults/FaultInjection.h"
 #include "Tests/Faults/StoreWorld.h"
 
-#include <csignal>
 #include <cstdlib>
 #include <gmock/gmock.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -29,8 +25,6 @@ constexpr int cachedCount = 10;
 class StoreDamageTests : public testing::Test {
 protected:
     StoreDamageTests() {
-        // A controller needs its queue's thread, which a forked child would not have.
-        GTEST_FLAG_SET(death_test_style, "threadsafe");
         world.open();
         world.merge(list);
         for (int number = 0; number < cachedCount; ++number) {
@@ -50,52 +44,61 @@ protected:
         return std::max<std::int64_t>(0, world.number("SELECT iif(pagetype = 'leaf', ncell, 1)" + from));
     }
 
-    /// The damaged store is worked with as long as it lets itself, and then repaired.
-    void expectAWayOut(const std::string& damaged, std::int64_t leastNotes, std::int64_t leastSteps,
-                       const std::string& where) {
-        world.place(StoreWorld::storeName, damaged);
+    struct Damage {
+        std::string bytes;
+        std::string where;
+        /// How many of them must come out of it.
+        std::int64_t notes = 0;
+        std::int64_t steps = 0;
+    };
+    /// Works with the damaged store as long as it lets itself, and then repairs it.
+    void expectAWayOut(const Damage& damage) {
+        SCOPED_TRACE(damage.where);
+        ++points;
+        world.place(StoreWorld::storeName, damage.bytes);
         if (world.open()) {
             ++opened;
             const bool merged = world.merge(world.newList);
             const bool listed = world.query();
-            const bool kept = world.keepSteps();
-            worked += merged && listed && kept ? 1 : 0;
+            worked += merged && listed && world.keepSteps() ? 1 : 0;
         }
         world.close();
-        world.place(StoreWorld::storeName, damaged);
-        ASSERT_TRUE(world.repair()) << where << ": " << world.lastFailure;
+        world.place(StoreWorld::storeName, damage.bytes);
+        ASSERT_TRUE(world.repair()) << world.lastFailure;
         if (world.report.outcome == StoreRepairReport::Outcome::repaired) {
             ++repaired;
-            ASSERT_EQ(world.bytes(*world.report.damagedFile), damaged) << where << ": the old file changed";
-            ASSERT_GE(world.report.notes, leastNotes) << where;
-            ASSERT_GE(world.report.steps, leastSteps) << where;
+            ASSERT_EQ(world.bytes(*world.report.damagedFile), damage.bytes) << "the old file changed";
+            ASSERT_GE(world.report.notes, damage.notes);
+            ASSERT_GE(world.report.steps, damage.steps);
             savedNotes += world.report.notes;
         } else {
-            ASSERT_EQ(world.bytes(), damaged) << where << ": a healthy store changed";
+            ASSERT_EQ(world.bytes(), damage.bytes) << "a healthy store changed";
         }
-        const std::string state = world.state(true);
-        ASSERT_THAT(state, testing::Not(testing::StartsWith("damaged"))) << where;
-        ASSERT_TRUE(world.open() && world.merge(list)) << where << ": " << world.lastFailure;
-        ASSERT_EQ(world.state(true), sound) << where << ": the next synchronization makes it whole";
+        expectWholeAfterTheNextList();
     }
-    void openAsTheLibraryDoes() const {
-        FakeApplication application;
-        PlatformServices& services = application.fakePlatform.services;
-        services.documentsDirectories = {folder.path()};
-        services.defaultQueue = services.queuePool->makeConcurrentQueue("default");
-        const DataController controller(application);
+    void expectWholeAfterTheNextList() {
+        ASSERT_THAT(world.state(true), testing::Not(testing::StartsWith("damaged")));
+        ASSERT_TRUE(world.open() && world.merge(list)) << world.lastFailure;
+        ASSERT_EQ(world.state(true), sound);
     }
-    std::string counts() const {
-        return std::to_string(opened) + " opened, " + std::to_string(worked) + " worked without an error; " +
-               std::to_string(repaired) + " repaired with " + std::to_string(savedNotes) +
-               " notes saved, old file kept; whole after the next list";
+    void expectAWayOutOfEach(const std::string& what, const std::vector<Damage>& damages) {
+        for (const Damage& damage : damages) {
+            ASSERT_NO_FATAL_FAILURE(expectAWayOut(damage));
+        }
+        printFaults(what, points,
+                    std::to_string(opened) + " opened, " + std::to_string(worked) +
+                        " worked without an error; " + std::to_string(repaired) + " repaired with " +
+                        std::to_string(savedNotes) +
+                        " notes saved, old file kept; whole after the next list");
     }
 
     const TemporaryFolder folder;
     StoreWorld world{folder.path(), 300};
     const std::string list = world.listOf(0, noteCount, std::string(300, 'o'));
+    const std::filesystem::path logFile = world.file.string() + "-wal";
     std::string sound;
     std::string bytes;
+    std::size_t points = 0;
     int opened = 0;
     int worked = 0;
     int repaired = 0;
@@ -103,12 +106,11 @@ protected:
 };
 
 TEST_F(StoreDamageTests, a_store_that_was_cut_off_anywhere_can_be_repaired) {
-    std::size_t points = 0;
-    for (std::size_t length = 0; length < bytes.size(); length += 512, ++points) {
-        expectAWayOut(bytes.substr(0, length), 0, 0, "cut at " + std::to_string(length));
-        ASSERT_FALSE(HasFatalFailure());
+    std::vector<Damage> damages;
+    for (std::size_t length = 0; length < bytes.size(); length += 512) {
+        damages.push_back({bytes.substr(0, length), "cut at " + std::to_string(length)});
     }
-    printFaults("store cut off at a multiple of 512 bytes", points, counts());
+    expectAWayOutOfEach("store cut off at a multiple of 512 bytes", damages);
 }
 
 TEST_F(StoreDamageTests, a_byte_that_changed_costs_at_most_the_rows_of_its_page) {
@@ -119,45 +121,64 @@ TEST_F(StoreDamageTests, a_byte_that_changed_costs_at_most_the_rows_of_its_page)
         rows.emplace_back(rowsOn(page, "entries"), rowsOn(page, "steps"));
     }
     world.close();
-    std::size_t points = 0;
-    for (std::size_t at = 0; at < bytes.size(); at += at < 100 ? 1 : isLong() ? 5 : 331, ++points) {
-        std::string damaged = bytes;
-        damaged[at] = static_cast<char>(~damaged[at]);
+    for (std::size_t at = 0; at < bytes.size(); at += at < 100 ? 1 : isLong() ? 5 : 331) {
+        Damage damage{bytes, "byte " + std::to_string(at)};
+        damage.bytes[at] = static_cast<char>(~bytes[at]);
         const auto [notes, steps] = rows[at / pageSize];
-        expectAWayOut(damaged, noteCount - notes, notes == 0 ? cachedCount - steps : 0,
-                      "byte " + std::to_string(at));
-        ASSERT_FALSE(HasFatalFailure());
+        damage.notes = noteCount - notes;
+        damage.steps = notes == 0 ? cachedCount - steps : 0;
+        ASSERT_NO_FATAL_FAILURE(expectAWayOut(damage));
     }
-    printFaults("store with a changed byte", points, counts());
+    expectAWayOutOfEach("store with a changed byte", {});
 }
 
-TEST_F(StoreDamageTests, a_log_that_was_cut_off_anywhere_gives_what_it_holds_even_beside_a_damaged_header) {
+TEST_F(StoreDamageTests, a_file_that_was_never_a_store_can_be_repaired) {
+    const TemporaryFolder other;
+    const std::filesystem::path foreign = other.path() / StoreWorld::storeName;
+    ASSERT_TRUE(std::move(Database::open({.file = foreign}))
+                    .value()
+                    .execute("CREATE TABLE entries(id, other); INSERT INTO entries VALUES ('a', 1);"
+                             "CREATE VIEW links AS WITH RECURSIVE endless(n) AS (SELECT 1 UNION ALL "
+                             "SELECT n + 1 FROM endless) SELECT n AS entryID, n AS tagID FROM endless"));
+    expectAWayOutOfEach("file that was never a store", {{"", "nothing"},
+                                                        {"x", "a letter"},
+                                                        {std::string(5000, 'x'), "letters"},
+                                                        {std::string(65536, '\0'), "zeros"},
+                                                        {bytes.substr(0, 4096) + bytes, "a page too many"},
+                                                        {bytes.substr(4096), "a page too few"},
+                                                        {world.bytes(foreign), "another program's"}});
+}
+
+TEST_F(StoreDamageTests, a_log_that_was_cut_off_anywhere_gives_what_it_holds_even_beside_a_damaged_file) {
     world.open();
     world.merge(world.newList);
     const std::string file = world.bytes();
-    const std::string log = world.bytes(world.file.string() + "-wal");
+    const std::string log = world.bytes(logFile);
     const std::string newState = world.state(true);
     ASSERT_GT(log.size(), 4096U);
-    std::size_t points = 0;
-    for (const std::string& damaged : {file, std::string(100, '\0') + file.substr(100)}) {
-        for (std::size_t length = 0; length <= log.size(); length += isLong() ? 64 : 1031, ++points) {
+    for (const std::string& damaged : {file, std::string(100, '\0') + file.substr(100), std::string()}) {
+        const std::size_t step = isLong() ? 64 : 1031;
+        for (std::size_t length = 0; length < log.size() + step; length += step, ++points) {
+            SCOPED_TRACE(length);
+            const std::string rest = log.substr(0, length);
             world.place(StoreWorld::storeName, damaged);
-            std::ofstream(world.file.string() + "-wal", std::ios::binary) << log.substr(0, length);
-            ASSERT_TRUE(world.repair()) << length << ": " << world.lastFailure;
+            std::ofstream(logFile, std::ios::binary) << rest;
+            // Without its file the log is all that is left, which opening the store would remove.
+            const bool isLost = damaged.empty() && length > 0;
+            if (isLost && points % 2 == 0) {
+                std::filesystem::remove(world.file);
+            }
+            ASSERT_TRUE(!isLost || !world.open());
+            ASSERT_TRUE(world.repair()) << world.lastFailure;
             repaired += world.report.outcome == StoreRepairReport::Outcome::repaired ? 1 : 0;
-            ASSERT_THAT(world.state(true), testing::Not(testing::StartsWith("damaged"))) << length;
-            ASSERT_TRUE(world.open() && world.merge(list));
-            ASSERT_EQ(world.state(true), sound) << length;
+            if (isLost) {
+                ASSERT_EQ(world.bytes(world.report.damagedFile.value().string() + "-wal"), rest);
+            } else if (length >= log.size()) {
+                ASSERT_EQ(world.state(true), newState) << "the last changes are in the log alone";
+            }
+            ASSERT_NO_FATAL_FAILURE(expectWholeAfterTheNextList());
         }
-        world.place(StoreWorld::storeName, damaged);
-        std::ofstream(world.file.string() + "-wal", std::ios::binary) << log;
-        ASSERT_TRUE(world.repair());
-        ASSERT_EQ(world.state(true), newState) << "the last changes are in the log alone";
     }
-    world.place(StoreWorld::storeName, "");
-    std::ofstream(world.file.string() + "-wal", std::ios::binary) << log;
-    ASSERT_TRUE(world.repair() && world.report.damagedFile) << world.lastFailure;
-    EXPECT_EQ(world.bytes(world.report.damagedFile->string() + "-wal"), log) << "all that is left of a store";
     printFaults("log cut off", points, std::to_string(repaired) + " repaired; whole after the next list");
 }
 
@@ -166,7 +187,6 @@ TEST_F(StoreDamageTests, damaged_settings_are_refused_or_go_on_working) {
     world.set(1);
     world.close();
     const std::string settings = world.bytes(world.settingsFile);
-    std::size_t points = 0;
     for (std::size_t at = 0; at < settings.size(); at += at < 100 || isLong() ? 1 : 61) {
         std::string changed = settings;
         changed[at] = static_cast<char>(~changed[at]);
@@ -184,50 +204,6 @@ TEST_F(StoreDamageTests, damaged_settings_are_refused_or_go_on_working) {
                 std::to_string(opened) + " opened and worked");
 }
 
-TEST_F(StoreDamageTests, a_file_that_was_never_a_store_can_be_repaired) {
-    const TemporaryFolder other;
-    const std::filesystem::path foreign = other.path() / StoreWorld::storeName;
-    {
-        Result<Database> database = Database::open({.file = foreign});
-        ASSERT_TRUE(database.value().execute(
-            "CREATE TABLE entries(id, other); INSERT INTO entries VALUES ('a', 1);"
-            "CREATE VIEW links AS WITH RECURSIVE endless(n) AS (SELECT 1 UNION ALL "
-            "SELECT n + 1 FROM endless) SELECT n AS entryID, n AS tagID FROM endless"));
-    }
-    const std::string files[] = {"",
-                                 "x",
-                                 std::string(5000, 'x'),
-                                 std::string(65536, '\0'),
-                                 bytes.substr(0, 4096) + bytes,
-                                 bytes.substr(4096),
-                                 world.bytes(foreign)};
-    for (const std::string& file : files) {
-        expectAWayOut(file, 0, 0, std::to_string(file.size()) + " bytes of something else");
-    }
-    printFaults("file that was never a store", std::size(files), counts());
-}
-
-TEST_F(StoreDamageTests, a_page_that_can_not_be_read_costs_no_more_than_itself) {
-    world.open();
-    world.execute("DROP INDEX entriesByProblem");
-    world.close();
-    const std::string damaged = world.bytes();
-    std::size_t points = 0;
-    bool hasStruck = true;
-    for (int number = 1; hasStruck; ++number) {
-        world.place(StoreWorld::storeName, damaged);
-        armFault({Fault::bit(Call::read), number, Fault::Effect::fails});
-        const bool succeeded = world.repair();
-        hasStruck = disarmFault();
-        points += hasStruck ? 1 : 0;
-        // Of the new store everything must be readable.
-        ASSERT_TRUE(succeeded || world.repair()) << world.lastFailure;
-        ASSERT_TRUE(world.open() && world.merge(list));
-        ASSERT_EQ(world.state(true), sound) << number;
-    }
-    printFaults("repair with a read that fails", points, "repaired, whole after the next list");
-}
-
 TEST_F(StoreDamageTests, a_disk_without_room_for_a_copy_costs_only_what_the_copy_would_have_given) {
     const std::string tail(1 << 20, '\0');
     std::string unlisted = bytes + tail;
@@ -241,15 +217,11 @@ TEST_F(StoreDamageTests, a_disk_without_room_for_a_copy_costs_only_what_the_copy
         std::int64_t notes;
     } cases[] = {
         {unlisted, true, noteCount}, {world.bytes() + tail, true, 0}, {"s" + unlisted.substr(1), false, 0}};
-    std::signal(SIGXFSZ, SIG_IGN);
-    rlimit unlimited{};
-    getrlimit(RLIMIT_FSIZE, &unlimited);
     for (const auto& [file, isRepaired, notes] : cases) {
         world.place(StoreWorld::storeName, file);
-        const rlimit limit{bytes.size() * 2, unlimited.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
+        armFault({.number = static_cast<int>(bytes.size() / 1024), .effect = Fault::Effect::limitsFiles});
         EXPECT_EQ(world.repair(), isRepaired) << world.lastFailure;
-        setrlimit(RLIMIT_FSIZE, &unlimited);
+        disarmFault();
         EXPECT_EQ(world.report.notes, notes);
         EXPECT_EQ(world.bytes(isRepaired ? *world.report.damagedFile : world.file), file);
     }
@@ -268,7 +240,7 @@ TEST_F(StoreDamageTests, what_may_not_be_written_ends_the_library_and_not_the_se
         chmod(world.file.c_str(), fileMode);
         chmod(world.settingsFile.c_str(), fileMode);
         chmod(folder.path().c_str(), folderMode);
-        EXPECT_EXIT((becomeNobody(), openAsTheLibraryDoes()), testing::KilledBySignal(SIGABRT),
+        EXPECT_EXIT((becomeNobody(), openAsTheLibraryDoes(folder.path())), testing::KilledBySignal(SIGABRT),
                     "Fatal error: Error migrating store: .+");
         EXPECT_EXIT((becomeNobody(), std::exit(world.openSettings() || world.repair() ? 1 : 0)),
                     testing::ExitedWithCode(0), "");
@@ -282,13 +254,17 @@ TEST_F(StoreDamageTests, what_may_not_be_written_ends_the_library_and_not_the_se
 
 TEST_F(StoreDamageTests, a_damaged_store_ends_the_library_with_its_message) {
     const std::string damaged[] = {bytes.substr(0, 4096), bytes.substr(0, 50), std::string(4096, 'x'),
-                                   "s" + bytes.substr(1)};
+                                   "s" + bytes.substr(1), ""};
     for (const std::string& file : damaged) {
         world.place(StoreWorld::storeName, file);
-        EXPECT_EXIT(openAsTheLibraryDoes(), testing::KilledBySignal(SIGABRT),
+        if (file.empty()) {
+            std::ofstream(logFile) << "what is left";
+        }
+        EXPECT_EXIT(openAsTheLibraryDoes(folder.path()), testing::KilledBySignal(SIGABRT),
                     "Fatal error: Error migrating store: .+");
         EXPECT_EQ(world.bytes(), file) << "left for a repair";
     }
+    EXPECT_EQ(world.bytes(logFile), "what is left");
     printFaults("damaged store opened by the library", std::size(damaged), "fatal message, file as it was");
 }
 

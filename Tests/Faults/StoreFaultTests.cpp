@@ -3,6 +3,7 @@
 #include "Tests/Faults/FaultInjection.h"
 #include "Tests/Faults/StoreWorld.h"
 
+#include <array>
 #include <atomic>
 #include <csignal>
 #include <fcntl.h>
@@ -10,12 +11,14 @@
 #include <gmock/gmock.h>
 #include <random>
 #include <set>
-#include <spawn.h>
+#include <sqlite3.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 namespace teralune {
 namespace {
+
+using Effect = Fault::Effect;
 
 /// What is done under a fault, with the file that it begins with and the states that it may leave behind.
 struct Operation {
@@ -28,11 +31,15 @@ struct Operation {
     std::function<std::string(StoreWorld&)> state;
     /// The last one is that of success.
     std::vector<std::string> states;
+    /// The faults that it is spared, and those that alone it is made for.
+    std::string_view spared = {};
+    std::string_view only = {};
 };
 
 /// A state and the file that holds it.
 struct Scene {
     std::string state;
+    std::string identifiers;
     std::string bytes;
 };
 
@@ -42,40 +49,38 @@ Scene scene(StoreWorld& world, const std::string& start, const std::function<voi
     world.open();
     what(world);
     std::string state = world.state();
-    return {std::move(state), world.bytes()};
+    return {std::move(state), world.state(true), world.bytes()};
 }
 
-/// Each operation that touches the disk. Their files are made in the world; without one they have neither
-/// files nor states, which is enough to run them.
-std::vector<Operation> storeOperations(StoreWorld* made) {
+/// Each operation that touches the disk.
+std::vector<Operation> storeOperations(StoreWorld& made) {
     using World = StoreWorld&;
     using Run = bool (*)(World);
     const Run merge = [](World world) { return world.merge(world.newList); };
     const Run keepSteps = [](World world) { return world.keepSteps(); };
+    const Run addTag = [](World world) { return world.addTag(); };
     const Run open = [](World world) { return world.open(); };
     const Run openSettings = [](World world) { return world.openSettings(); };
     const Run nothing = [](World) { return true; };
     const auto notes = [](World world) { return world.state(); };
     const auto setting = [](World world) { return std::to_string(world.setting()); };
-    Scene old, cached, both, all, untagged, damaged, migrated;
-    std::string version1, settings, listed;
-    if (made != nullptr) {
-        old = scene(*made, "", [](World world) { world.merge(world.oldList); });
-        cached = scene(*made, old.bytes, keepSteps);
-        both = scene(*made, cached.bytes, [](World world) { world.mergeWithoutRemoving(world.newList); });
-        all = scene(*made, cached.bytes, merge);
-        untagged = scene(*made, cached.bytes,
-                         [](World world) { world.query(), world.execute("DELETE FROM links"); });
-        listed = made->listed;
-        damaged = scene(*made, cached.bytes, [](World world) {
-            world.execute("DROP INDEX entriesByProblem; CREATE TABLE planted(id)");
-        });
-        version1 = StoreWorld::bytes(TERALUNE_TEST_VERSION1);
-        migrated = scene(*made, version1, nothing);
-        made->place("", "");
-        made->openSettings() && made->set(1) && made->close();
-        settings = StoreWorld::bytes(made->settingsFile);
-    }
+    const Scene old = scene(made, "", [](World world) { world.merge(world.oldList); });
+    const Scene cached = scene(made, old.bytes, keepSteps);
+    const Scene both =
+        scene(made, cached.bytes, [](World world) { world.mergeWithoutRemoving(world.newList); });
+    const Scene all = scene(made, cached.bytes, merge);
+    const Scene tagged = scene(made, cached.bytes, addTag);
+    const Scene untagged = scene(
+        made, cached.bytes, [](World world) { return world.query(), world.execute("DELETE FROM links"); });
+    const std::string listed = made.listed;
+    const Scene damaged = scene(made, cached.bytes, [](World world) {
+        world.execute("DROP INDEX entriesByProblem; CREATE TABLE planted(id)");
+    });
+    const std::string version1 = StoreWorld::bytes(TERALUNE_TEST_VERSION1);
+    const Scene migrated = scene(made, version1, nothing);
+    made.place();
+    made.openSettings() && made.set(1) && made.close();
+    const std::string settings = StoreWorld::bytes(made.settingsFile);
     const char* const store = StoreWorld::storeName;
     // clang-format off
     return {
@@ -86,100 +91,33 @@ std::vector<Operation> storeOperations(StoreWorld* made) {
         {"query", store, cached.bytes, open, [](World world) { return world.query(); },
          [](World world) { return world.close(), world.listed; }, {"", "failed", listed}},
         {"steps", store, old.bytes, open, keepSteps, notes, {old.state, cached.state}},
+        {"tag", store, cached.bytes, open, addTag, notes, {cached.state, tagged.state}},
         {"sign-out", store, cached.bytes, open, [](World world) { return world.clear(); }, notes, {cached.state, untagged.state, ""}},
         {"close", store, cached.bytes, [](World world) { return world.open() && world.merge(world.newList); },
          [](World world) { return world.close(); }, notes, {all.state}},
-        {"repair", store, damaged.bytes, nothing, [](World world) { return world.repair(); }, notes, {cached.state}},
+        {"repair", store, damaged.bytes, nothing, [](World world) { return world.repair(); }, notes, {cached.state}, "reads"},
+        // What can't be read a repair does without, and the next list brings it back.
+        {"repair and list", store, damaged.bytes, nothing,
+         [](World world) { return world.close() && world.repair() && world.open() && world.merge(world.newList); },
+         [](World world) { return world.state(true); }, {"", cached.identifiers, both.identifiers, all.identifiers}, {}, "reads"},
         {"first settings", "", "", nothing, [](World world) { return world.openSettings() && world.set(2); }, setting, {"0", "2"}},
         {"settings", StoreWorld::settingsName, settings, openSettings, [](World world) { return world.set(2); }, setting, {"1", "2"}},
     };
     // clang-format on
 }
 
-std::ptrdiff_t openDescriptors() {
-    const std::filesystem::directory_iterator descriptors("/proc/self/fd");
-    return std::distance(begin(descriptors), end(descriptors));
-}
-
-TEST(StoreFaultTests, each_call_that_fails_is_reported_and_leaves_a_state_that_the_next_run_mends) {
-    using Effect = Fault::Effect;
-    constexpr std::pair<const char*, Call> calls[] = {
-        {"read", Call::read},         {"write", Call::write},   {"sync", Call::sync},
-        {"truncate", Call::truncate}, {"open", Call::open},     {"remove", Call::remove},
-        {"map", Call::map},           {"rename", Call::rename}, {"allocation", Call::allocate}};
-    const TemporaryFolder folder;
-    StoreWorld world(folder.path());
-    for (const Operation& operation : storeOperations(&world)) {
-        std::string counts;
-        std::size_t allPoints = 0;
-        for (const auto& [name, call] : calls) {
-            // What can't be read is just what a repair does without.
-            if (operation.name == "repair" && call == Call::read) {
-                continue;
-            }
-            std::size_t points = 0;
-            for (const Effect effect :
-                 {Effect::fails, Effect::failsFromThenOn, Effect::isFull, Effect::isFullFromThenOn}) {
-                if (effect >= Effect::isFull && call != Call::write) {
-                    continue;
-                }
-                bool hasStruck = true;
-                const int stride = call == Call::allocate && !isLong() ? 61 : 1;
-                for (int number = 1; hasStruck; number += stride) {
-                    const std::string where = operation.name + ", " + name + " " + std::to_string(number) +
-                                              ", effect " + std::to_string(static_cast<int>(effect));
-                    world.place(operation.startName, operation.start);
-                    const std::ptrdiff_t descriptors = openDescriptors();
-                    ASSERT_TRUE(operation.opening(world)) << where;
-                    armFault({Fault::bit(call), number, effect});
-                    const bool succeeded = operation.run(world);
-                    hasStruck = disarmFault();
-                    points += hasStruck ? 1 : 0;
-                    ASSERT_TRUE(succeeded || hasStruck) << where << ": " << world.lastFailure;
-                    // Every other time the store goes on as it is, as it does in an app that keeps running.
-                    if (number % 2 == 0) {
-                        const std::string state = operation.state(world);
-                        ASSERT_THAT(operation.states, testing::Contains(state)) << where;
-                        ASSERT_TRUE(!succeeded || state == operation.states.back()) << where << ": swallowed";
-                        ASSERT_TRUE(operation.opening(world)) << where << ": " << world.lastFailure;
-                    }
-                    ASSERT_TRUE(operation.run(world)) << where << ": " << world.lastFailure;
-                    ASSERT_EQ(operation.state(world), operation.states.back()) << where;
-                    ASSERT_EQ(openDescriptors(), descriptors) << where;
-                }
-            }
-            allPoints += points;
-            if (points > 0) {
-                counts += std::to_string(points) + " " + name + ", ";
-            }
-        }
-        printFaults(operation.name + " with a failing call", allPoints,
-                    counts + "an allowed state, the failure told, the next run right");
-    }
-}
-
-constexpr const char* childOption = "--child";
-constexpr std::uint32_t changingCalls = ~(Fault::bit(Call::read) | Fault::bit(Call::allocate));
-
-/// This program again, as a process of its own that may be killed. It reports each round that it has done.
+/// A process of its own that does this and may be killed meanwhile.
 class Child {
 public:
-    /// Does the operation of that number until the call of that number, or "rounds" without end.
-    Child(const std::string& what, const std::string& folder, int number) {
-        std::string words[] = {"StoreFaultTests", childOption, what, folder, std::to_string(number)};
-        char* arguments[6] = {};
-        for (std::size_t index = 0; index < std::size(words); ++index) {
-            arguments[index] = words[index].data();
-        }
+    /// The work is given a descriptor to which it writes a byte for each round that it has done.
+    explicit Child(const std::function<bool(int)>& work) {
         int ends[2];
-        posix_spawn_file_actions_t actions;
-        posix_spawn_file_actions_init(&actions);
-        if (pipe2(ends, O_CLOEXEC) != 0 ||
-            posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO) != 0 ||
-            posix_spawn(&process_, "/proc/self/exe", &actions, nullptr, arguments, environ) != 0) {
+        if (pipe2(ends, O_CLOEXEC) != 0 || (process_ = fork()) < 0) {
             throw std::runtime_error("no child");
         }
-        posix_spawn_file_actions_destroy(&actions);
+        if (process_ == 0) {
+            [&]() noexcept { _exit(work(ends[1]) ? 0 : 1); }();
+        }
         close(ends[1]);
         rounds_ = FileDescriptor(ends[0]);
     }
@@ -213,6 +151,127 @@ private:
     FileDescriptor rounds_;
 };
 
+constexpr std::uint32_t changingCalls =
+    ~(Fault::bit(Call::read) | Fault::bit(Call::allocate) | Fault::bit(Call::makeObject));
+
+/// What can go wrong, in which ways, and every which point is taken in the short form.
+const struct {
+    const char* name;
+    std::uint32_t calls;
+    std::vector<Effect> effects;
+    int stride = 1;
+} faults[] = {
+    {"reads", Fault::bit(Call::read), {Effect::fails, Effect::failsFromThenOn}},
+    {"writes",
+     Fault::bit(Call::write),
+     {Effect::fails, Effect::failsFromThenOn, Effect::isFull, Effect::isFullFromThenOn}},
+    {"syncs", Fault::bit(Call::sync), {Effect::fails, Effect::failsFromThenOn}},
+    {"truncations", Fault::bit(Call::truncate), {Effect::fails, Effect::failsFromThenOn}},
+    {"openings", Fault::bit(Call::open), {Effect::fails, Effect::failsFromThenOn}},
+    {"removals", Fault::bit(Call::remove), {Effect::fails, Effect::failsFromThenOn}},
+    {"mappings", Fault::bit(Call::map), {Effect::fails, Effect::failsFromThenOn}},
+    {"renamings", Fault::bit(Call::rename), {Effect::fails, Effect::failsFromThenOn}},
+    {"allocations of SQLite's", Fault::bit(Call::allocate), {Effect::fails, Effect::failsFromThenOn}, 61},
+    {"allocations of C++'s", Fault::bit(Call::makeObject), {Effect::fails, Effect::failsFromThenOn}, 7},
+    {"sizes of a disk", 0, {Effect::fillsDisk}},
+    {"limits of a file", 0, {Effect::limitsFiles}},
+    {"kills", changingCalls, {Effect::kills}, 2},
+};
+
+/// Of the process, while no store is open: descriptors, bytes of SQLite's, pieces of C++'s memory.
+std::array<std::int64_t, 3> resources() {
+    const std::filesystem::directory_iterator descriptors("/proc/self/fd");
+    return {std::distance(begin(descriptors), end(descriptors)), sqlite3_memory_used(), livingObjects()};
+}
+
+class StoreFaultTests : public testing::Test {
+protected:
+    /// Does the operation under the fault, and checks all that must hold.
+    void attack(const Operation& operation, const Fault& fault) {
+        world.place(operation.startName, operation.start);
+        const std::array<std::int64_t, 3> before = resources();
+        bool succeeded = false;
+        if (fault.effect == Effect::kills) {
+            Child child([&](int) {
+                const bool opened = operation.opening(world);
+                armFault(fault);
+                return opened && operation.run(world) && world.close();
+            });
+            hasStruck = child.wait();
+        } else {
+            ASSERT_TRUE(operation.opening(world));
+            armFault(fault, folder.path());
+            succeeded = operation.run(world);
+            hasStruck = disarmFault();
+            ASSERT_TRUE(succeeded || hasStruck) << world.lastFailure;
+        }
+        // Every other time the store goes on as it is, as it does in an app that keeps running.
+        if (fault.effect == Effect::kills || fault.number % 2 == 0) {
+            const std::string state = operation.state(world);
+            ASSERT_THAT(operation.states, testing::Contains(state));
+            ASSERT_TRUE(!succeeded || state == operation.states.back()) << "swallowed";
+            ASSERT_TRUE(operation.opening(world)) << world.lastFailure;
+        }
+        ASSERT_TRUE(operation.run(world)) << world.lastFailure;
+        ASSERT_EQ(operation.state(world), operation.states.back());
+        world.place();
+        ASSERT_EQ(resources(), before) << "descriptors, SQLite's memory, C++'s";
+    }
+
+    const TemporaryFolder folder;
+    StoreWorld world{folder.path()};
+    bool hasStruck = false;
+};
+
+TEST_F(StoreFaultTests, whatever_fails_is_reported_and_leaves_a_state_that_the_next_run_mends) {
+    for (const Operation& operation : storeOperations(world)) {
+        std::string counts;
+        std::size_t allPoints = 0;
+        attack(operation, {}); // so that what is made once is there
+        for (const auto& [name, calls, effects, stride] : faults) {
+            if (name == operation.spared || (!operation.only.empty() && name != operation.only)) {
+                continue;
+            }
+            std::size_t points = 0;
+            for (const Effect effect : effects) {
+                hasStruck = true;
+                for (int number = 1; hasStruck; number += isLong() ? 1 : stride) {
+                    attack(operation, {calls, number, effect});
+                    ASSERT_FALSE(HasFatalFailure()) << operation.name << ", " << name << " " << number
+                                                    << ", effect " << static_cast<int>(effect);
+                    points += hasStruck ? 1 : 0;
+                }
+            }
+            allPoints += points;
+            counts += points > 0 ? std::to_string(points) + " " + name + ", " : "";
+        }
+        printFaults(operation.name + " under a fault", allPoints,
+                    counts + "an allowed state, the failure told, the next run right, nothing leaked");
+    }
+}
+
+TEST(StoreMemoryTests, a_controller_that_gets_no_memory_ends_the_library_with_its_message) {
+    const TemporaryFolder folder;
+    std::size_t ends = 0;
+    for (const Effect effect : {Effect::fails, Effect::failsFromThenOn}) {
+        bool hasStruck = true;
+        for (int number = 1; hasStruck; number += isLong() ? 1 : 7) {
+            const Fault fault{Fault::bit(Call::makeObject), number, effect};
+            const auto hasEnded = [&](int status) {
+                hasStruck = !WIFEXITED(status) || WEXITSTATUS(status) != 0;
+                ends += WIFSIGNALED(status) ? 1 : 0;
+                return WIFEXITED(status) || WTERMSIG(status) == SIGABRT;
+            };
+            EXPECT_EXIT((openAsTheLibraryDoes(folder.path(), fault), std::fputs("opened", stderr),
+                         std::_Exit(disarmFault() ? 1 : 0)),
+                        hasEnded, "Fatal error: Error (migrating store|initializing mom from): .|opened")
+                << number;
+            ASSERT_EQ(StoreWorld(folder.path()).state(), "") << number;
+        }
+    }
+    printFaults("controller without an allocation of C++'s", ends, "fatal message, the next one opens");
+}
+
 /// What a kill between any two transactions of the first rounds leaves. Later rounds repeat them.
 std::vector<std::string> statesOfRounds(StoreWorld& world) {
     std::vector<std::string> states{""};
@@ -227,39 +286,26 @@ std::vector<std::string> statesOfRounds(StoreWorld& world) {
     return states;
 }
 
-TEST(StoreFaultTests, a_kill_at_each_call_leaves_an_allowed_state_that_the_next_run_completes) {
-    const TemporaryFolder folder;
-    StoreWorld world(folder.path());
-    const std::vector<Operation> operations = storeOperations(&world);
-    for (std::size_t index = 0; index < operations.size(); ++index) {
-        const Operation& operation = operations[index];
-        std::size_t kills = 0;
-        bool wasKilled = true;
-        for (int number = 1; wasKilled; number += isLong() ? 1 : 2) {
-            world.place(operation.startName, operation.start);
-            world.listed.clear();
-            Child child(std::to_string(index), folder.path(), number);
-            wasKilled = child.wait();
-            kills += wasKilled ? 1 : 0;
-            const std::string state = operation.state(world);
-            ASSERT_THAT(operation.states, testing::Contains(state)) << operation.name << " " << number;
-            ASSERT_TRUE(operation.opening(world) && operation.run(world)) << world.lastFailure;
-            ASSERT_EQ(operation.state(world), operation.states.back()) << operation.name << " " << number;
+/// Rounds without end, from nothing on.
+Child rounds(StoreWorld& world) {
+    return Child([&world](int ended) {
+        bool goesOn = world.open() && world.openSettings();
+        for (std::int64_t round = 1; goesOn; ++round) {
+            goesOn = world.set(round) && world.merge(world.listOfRound(round)) && world.keepSteps() &&
+                     write(ended, ".", 1) == 1;
         }
-        printFaults(operation.name + " killed at a call", kills, "an allowed state, the next run right");
-    }
+        return false;
+    });
 }
 
-TEST(StoreFaultTests, a_kill_at_any_moment_leaves_what_one_of_the_transactions_has_left) {
-    const TemporaryFolder folder;
-    StoreWorld world(folder.path());
+TEST_F(StoreFaultTests, a_kill_at_any_moment_leaves_what_one_of_the_transactions_has_left) {
     const std::vector<std::string> states = statesOfRounds(world);
     std::mt19937 random(20190105);
     const std::size_t kills = faultCount(150, 4700);
     std::set<std::string> seen;
     for (std::size_t number = 0; number < kills; ++number) {
-        world.place("", "");
-        Child child("rounds", folder.path(), 0);
+        world.place();
+        Child child = rounds(world);
         for (std::uint_fast32_t round = random() % 4; round > 0; --round) {
             child.waitForRound();
         }
@@ -282,10 +328,8 @@ TEST(StoreFaultTests, a_kill_at_any_moment_leaves_what_one_of_the_transactions_h
                 std::to_string(seen.size()) + " states, all allowed; settings of the last round or the next");
 }
 
-TEST(StoreFaultTests, a_store_in_use_elsewhere_is_not_repaired_and_works_on) {
-    const TemporaryFolder folder;
-    StoreWorld world(folder.path());
-    Child child("rounds", folder.path(), 0);
+TEST_F(StoreFaultTests, a_store_in_use_elsewhere_is_not_repaired_and_works_on) {
+    Child child = rounds(world);
     ASSERT_TRUE(child.waitForRound());
     EXPECT_FALSE(world.repair());
     EXPECT_EQ(world.lastFailure, "The notebook store is open elsewhere.");
@@ -298,13 +342,14 @@ TEST(StoreFaultTests, a_store_in_use_elsewhere_is_not_repaired_and_works_on) {
     EXPECT_TRUE(world.query() && world.merge(world.oldList));
 }
 
-TEST(StoreFaultTests, a_repair_keeps_everybody_away_until_the_new_store_is_in_place) {
-    const TemporaryFolder folder;
-    StoreWorld world(folder.path());
+TEST_F(StoreFaultTests, a_repair_keeps_everybody_away_until_the_new_store_is_in_place) {
     ASSERT_TRUE(world.open() && world.merge(world.oldList));
     const std::string sound = world.state();
     world.place(StoreWorld::storeName, "s" + world.bytes().substr(1));
-    Child child("stopped repair", folder.path(), 0);
+    Child child([this](int) {
+        armFault({Fault::bit(Call::rename), 1, Effect::stops});
+        return world.repair();
+    });
     ASSERT_TRUE(child.waitForStop()) << "before it renames the draft";
     EXPECT_FALSE(world.repair());
     EXPECT_EQ(world.lastFailure, "The notebook store is open elsewhere.");
@@ -313,40 +358,11 @@ TEST(StoreFaultTests, a_repair_keeps_everybody_away_until_the_new_store_is_in_pl
     EXPECT_EQ(world.state(), sound);
 }
 
-int runChild(const std::string& what, const std::string& folder, int number) {
-    StoreWorld world(folder);
-    const auto report = [] { return write(STDOUT_FILENO, ".", 1) == 1; };
-    if (what == "rounds") {
-        world.open();
-        world.openSettings();
-        for (std::int64_t round = 1;; ++round) {
-            if (!world.set(round) || !world.merge(world.listOfRound(round)) || !world.keepSteps() ||
-                !report()) {
-                return 1;
-            }
-        }
-    }
-    if (what == "stopped repair") {
-        armFault({Fault::bit(Call::rename), 1, Fault::Effect::stops});
-        return world.repair() ? 0 : 1;
-    }
-    const Operation operation = storeOperations(nullptr).at(std::stoul(what));
-    const bool opened = operation.opening(world);
-    armFault({changingCalls, number, Fault::Effect::kills});
-    const bool succeeded = opened && operation.run(world);
-    world.close();
-    return succeeded ? 0 : 1;
-}
-
 } // namespace
-
 } // namespace teralune
 
 int main(int argc, char** argv) {
     teralune::installFaults();
-    if (argc == 5 && argv[1] == std::string_view(teralune::childOption)) {
-        return teralune::runChild(argv[2], argv[3], std::stoi(argv[4]));
-    }
     testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }

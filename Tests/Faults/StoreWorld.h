@@ -1,12 +1,16 @@
 #pragma once
 
+#include "Classes/Model/CoreData/DataController.h"
 #include "Classes/Model/CoreData/NotebookEntryRepository.h"
 #include "Classes/Model/CoreData/ObjectContext.h"
 #include "Classes/Model/CoreData/ObjectModel.h"
 #include "Classes/Model/CoreData/PersistentStoreCoordinator.h"
 #include "Classes/Model/CoreData/StoreRepair.h"
 #include "Platform/Defaults/SqliteUserDefaults.h"
+#include "Platform/Dispatch/QueuePool.h"
+#include "Platform/Foundation/Bundle.h"
 #include "Platform/Foundation/JsonMapping.h"
+#include "Tests/Faults/FaultInjection.h"
 #include "Tests/Support/FakeApplication.h"
 #include "Tests/Support/TemporaryFolder.h"
 
@@ -17,29 +21,51 @@
 
 namespace teralune {
 
+/// Opens the store as a host does, which ends the process where it can't be opened.
+inline void openAsTheLibraryDoes(const std::filesystem::path& folder, const Fault& fault = {}) {
+    FakeApplication application;
+    PlatformServices& services = application.fakePlatform.services;
+    services.documentsDirectories = {folder};
+    services.defaultQueue = services.queuePool->makeConcurrentQueue("default");
+    // The standard library ends the process itself where it has no memory to read a folder. The bundle does
+    // so once, and nothing of the store is touched before.
+    static_cast<void>(services.libraryBundle->pathForResource("DataModel", "momd"));
+    armFault(fault);
+    ofLibrary([&] { const DataController controller(application); });
+}
+
 /// A store and settings in one folder, opened as a data controller opens them but without its fatal ends.
 class StoreWorld {
 public:
     static constexpr const char* storeName = "DataModel2.sqlite";
     static constexpr const char* settingsName = "UserDefaults.sqlite";
+    static constexpr const char* key = "a key for which a string takes memory";
     using Path = std::filesystem::path;
 
     /// With texts of this length, so that a test can have many pages or few.
     explicit StoreWorld(Path folder, std::size_t textLength = 20)
         : folder_(std::move(folder))
-        , textLength_(textLength) {}
+        , textLength_(textLength) {
+        application_.crashReporterService = &reporter_;
+        PlatformServices& services = application_.fakePlatform.services;
+        services.printer = std::make_shared<SilentPrinter>();
+        // Only a process of one thread can be forked safely.
+        services.queuePool = services.backgroundPool = nullptr;
+    }
 
     // ---- What is done. Each does what its name says; false when it has said that it failed.
 
     bool open() {
-        Result<ObjectModel> model = ObjectModel::load(Path(TERALUNE_TEST_RESOURCES) / "DataModel.momd");
-        coordinator_ = std::make_shared<PersistentStoreCoordinator>(std::move(model).value());
-        context_ = std::make_shared<ObjectContext>(coordinator_, application_.fakePlatform.printer);
+        coordinator_ = std::make_shared<PersistentStoreCoordinator>(
+            ObjectModel::load(Path(TERALUNE_TEST_RESOURCES) / "DataModel.momd").value());
+        context_ = std::make_shared<ObjectContext>(coordinator_, application_.fakePlatform.services.printer);
         repository_ = std::make_unique<NotebookEntryRepository>(context_, application_);
-        return told(coordinator_->addPersistentStore(file));
+        return told(ofLibrary([&] { return coordinator_->addPersistentStore(file); }));
     }
     bool merge(const std::string& list) {
-        return repository_->insertNotebookEntries(parseJson(list).value().get_array()), !hasFailed();
+        const boost::json::value parsed = parseJson(list).value();
+        ofLibrary([&] { repository_->insertNotebookEntries(parsed.get_array()); });
+        return !hasFailed();
     }
     /// As if the second of the merge's transactions were missing.
     bool mergeWithoutRemoving(const std::string& list) {
@@ -48,42 +74,69 @@ public:
         return execute("DROP TRIGGER keep");
     }
     bool query() {
+        Filter filter;
+        filter.tagFilter.dict = {{"t1", true}};
         listed.clear();
-        for (const NotebookEntry& note : repository_->entriesForFilter(Filter())) {
-            const std::vector<std::string> tags = note.tagStrings();
-            listed += note.problem().value_or("-") + (tags.empty() ? "-" : tags[0]);
+        for (const Filter& asked : {Filter(), filter}) {
+            const auto notes = ofLibrary([&] { return repository_->entriesForFilter(asked); });
+            for (const NotebookEntry& note : notes) {
+                const std::vector<std::string>& tags =
+                    ofLibrary([&]() -> const auto& { return note.tagStrings(); });
+                listed += note.problem().value_or("-") + (tags.empty() ? "-" : tags[0]);
+            }
         }
-        listed += repository_->nextEntryToCache().value_or("-") + std::to_string(repository_->noteCount());
+        listed += ofLibrary([&] { return repository_->nextEntryToCache(); }).value_or("-");
+        listed += std::to_string(ofLibrary([&] { return repository_->noteCount(); }));
+        listed += ofLibrary([&] { return repository_->blankFilter(); }).description();
+        listed += ofLibrary([&] { return repository_->getNotebookEntry(cachedProblem); }) ? "+" : "-";
         const bool failed = hasFailed();
         listed = failed ? "failed" : listed;
         return !failed;
     }
-    bool keepSteps(const std::string& problem = "p107") {
-        return repository_->updateProblemWithSteps(problem, std::string(textLength_ * 10, 's')), !hasFailed();
+    bool keepSteps(const std::string& problem) {
+        const std::string steps(textLength_ * 10, 's');
+        ofLibrary([&] { repository_->updateProblemWithSteps(problem, steps); });
+        return !hasFailed();
     }
-    bool clear() { return repository_->clear(), !hasFailed(); }
+    bool keepSteps() { return keepSteps(cachedProblem); }
+    /// A tag for the newest note, which must then say that it bears it.
+    bool addTag() {
+        const std::optional<std::vector<std::string>> added{{"a tag that is longer than others"}};
+        std::vector<NotebookEntry> notes = repository_->entriesForFilter(Filter());
+        if (!notes.empty()) {
+            ofLibrary([&] { notes[0].setTags(added, *context_, reporter_); });
+        }
+        return !hasFailed() && notes[0].tagStrings().back() == added->front();
+    }
+    bool clear() {
+        return ofLibrary([&] { repository_->clear(); }), !hasFailed();
+    }
     bool openSettings() {
-        auto opened = SqliteUserDefaults::open(settingsFile, [this](const Error& error) {
-            application_.recordingCrashReporter.recordError(error);
-        });
+        SqliteUserDefaults::FailureReporter reporter = [this](const Error& e) { reporter_.recordError(e); };
+        auto opened = ofLibrary([&] { return SqliteUserDefaults::open(settingsFile, std::move(reporter)); });
         settings_ = opened ? std::move(opened).value() : nullptr;
         return told(opened);
     }
     bool set(std::int64_t value) {
-        settings_->set("value", value);
-        return settings_->integer("value") == value && !hasFailed();
+        ofLibrary([&] { settings_->set(key, value); });
+        const bool failed = hasFailed();
+        const std::int64_t now = ofLibrary([&] { return settings_->integer(key); });
+        return now == value && !failed && !hasFailed();
     }
     bool repair() {
-        const Result<StoreRepairReport> repaired = repairStore(
-            {.dataFolder = folder_, .mainBundleFolder = {}, .libraryBundleFolder = TERALUNE_TEST_RESOURCES});
+        const PlatformServices::Locations locations{
+            .dataFolder = folder_, .mainBundleFolder = {}, .libraryBundleFolder = TERALUNE_TEST_RESOURCES};
+        const Result<StoreRepairReport> repaired = ofLibrary([&] { return repairStore(locations); });
         report = repaired ? repaired.value() : StoreRepairReport();
         return told(repaired);
     }
     bool close() {
-        settings_.reset();
-        repository_.reset();
-        context_.reset();
-        coordinator_.reset();
+        ofLibrary([&] {
+            settings_.reset();
+            repository_.reset();
+            context_.reset();
+            coordinator_.reset();
+        });
         return hasFailed(), true;
     }
     bool execute(const std::string& sql) { return told(coordinator_->writer()->execute(sql)); }
@@ -122,7 +175,7 @@ public:
     /// The value in the file of the settings; -1 where they can't be opened.
     std::int64_t setting() {
         close();
-        const std::int64_t value = openSettings() ? settings_->integer("value") : -1;
+        const std::int64_t value = openSettings() ? settings_->integer(key) : -1;
         close();
         return value;
     }
@@ -134,8 +187,11 @@ public:
 
     // ---- Files and lists
 
-    /// Replaces all files of the folder; by none where there is no name.
-    void place(const std::string& name, const std::string& bytes) const {
+    /// Replaces all files of the folder; by none where there is no name. Forgets what was found.
+    void place(const std::string& name = {}, const std::string& bytes = {}) {
+        report.damagedFile.reset();
+        std::string().swap(listed);
+        std::string().swap(lastFailure);
         for (const auto& entry : std::filesystem::directory_iterator(folder_)) {
             std::filesystem::remove(entry);
         }
@@ -162,8 +218,24 @@ public:
     const std::string& listOfRound(std::int64_t round) const { return round % 2 == 0 ? oldList : newList; }
 
 private:
+    /// Whoever is told of a failure has memory to keep it.
+    class Reporter final : public CrashReporterType {
+    public:
+        void recordError(const Error& error) override {
+            const Memory memory(Memory::Owner::test);
+            failures.push_back(error.localizedDescription);
+        }
+        void recordError(const Error& error, const UserInfo&) override { recordError(error); }
+        void TRL_CLSNSLogv(std::string_view, std::span<const FormatArgument>) override {}
+        std::vector<std::string> failures;
+    };
+    class SilentPrinter final : public Printer {
+        void print(std::string_view) override {}
+    };
+
     Path folder_;
     std::size_t textLength_;
+    Reporter reporter_;
     FakeApplication application_;
     std::shared_ptr<PersistentStoreCoordinator> coordinator_;
     std::shared_ptr<ObjectContext> context_;
@@ -175,14 +247,14 @@ private:
         lastFailure = outcome ? lastFailure : outcome.error().localizedDescription;
         return outcome.succeeded();
     }
+    /// Since it was last asked.
     bool hasFailed() {
-        const auto errors = application_.recordingCrashReporter.takeErrors();
-        application_.fakePlatform.printer->takeLines();
-        lastFailure = errors.empty() ? lastFailure : errors.front().error.localizedDescription;
-        return !errors.empty();
+        lastFailure = reporter_.failures.empty() ? lastFailure : reporter_.failures.front();
+        return !std::exchange(reporter_.failures, {}).empty();
     }
 
 public:
+    const std::string cachedProblem = "p107";
     /// What is there at first, and what the server's list makes of it.
     const std::string oldList = listOf(0, 12, std::string(textLength_, 'o'));
     const std::string newList = listOf(4, 16, std::string(textLength_, 'n'));

@@ -6,22 +6,22 @@
 #include <stdlib.h>
 #include <string>
 #include <string_view>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace teralune {
 
-/// A fresh folder under the system's folder for temporary files, removed with all that is in it.
+/// A fresh folder, removed with all that is in it. Those of one process lie in a folder of the process's own,
+/// and so do those of the processes that it starts: what a process leaves that is meant to die goes with the
+/// one that waits for it.
 class TemporaryFolder {
 public:
-    TemporaryFolder() {
-        std::string name = (std::filesystem::temp_directory_path() / "teralune-test-XXXXXX").string();
-        if (mkdtemp(name.data()) == nullptr) {
-            throw std::runtime_error("no temporary folder: " + name);
-        }
-        path_ = name;
-    }
+    TemporaryFolder() : TemporaryFolder(ofProcess().path_) {}
     ~TemporaryFolder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
+        if (owner_ == getpid()) {
+            std::error_code ignored;
+            std::filesystem::remove_all(path_, ignored);
+        }
     }
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
@@ -37,7 +37,26 @@ public:
     }
 
 private:
+    explicit TemporaryFolder(const std::filesystem::path& parent) {
+        std::string name = (parent / "teralune-test-XXXXXX").string();
+        if (mkdtemp(name.data()) == nullptr) {
+            throw std::runtime_error("no temporary folder: " + name);
+        }
+        path_ = name;
+    }
+    /// Every user may pass through it, for tests that give up the rights of root.
+    static const TemporaryFolder& ofProcess() {
+        static const TemporaryFolder folder(std::filesystem::temp_directory_path());
+        static const bool isOpen =
+            chmod(folder.path_.c_str(), 0711) == 0 && setenv("TMPDIR", folder.path_.c_str(), 1) == 0;
+        if (!isOpen) {
+            throw std::runtime_error("no temporary folder: " + folder.path_.string());
+        }
+        return folder;
+    }
+
     std::filesystem::path path_;
+    const pid_t owner_ = getpid();
 };
 
 } // namespace teralune

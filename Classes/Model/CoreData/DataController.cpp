@@ -5,13 +5,13 @@
 #include "Classes/Model/CoreData/ObjectContext.h"
 #include "Classes/Model/CoreData/ObjectModel.h"
 #include "Classes/Model/CoreData/PersistentStoreCoordinator.h"
-#include "Classes/Model/CoreData/StoreError.h"
 #include "Platform/Dispatch/DispatchQueue.h"
 #include "Platform/Foundation/Bundle.h"
 #include "Platform/Foundation/FatalError.h"
 #include "Platform/Foundation/Printer.h"
 
 #include <limits>
+#include <new>
 #include <system_error>
 #include <utility>
 
@@ -31,9 +31,15 @@ ObjectModel loadModel(const PlatformServices& platform) {
     return std::move(model).value();
 }
 
+[[noreturn]] void endWithout(const char* reason, Printer& printer) {
+    const std::string message = std::string("Error migrating store: ") + reason;
+    printer.print(message);
+    fatalError(message);
+}
+
 } // namespace
 
-DataController::DataController(IApplication& application)
+DataController::DataController(IApplication& application) try
     : application_(application)
     , persistentStoreCoordinator_(
           std::make_shared<PersistentStoreCoordinator>(loadModel(application.platform())))
@@ -41,24 +47,22 @@ DataController::DataController(IApplication& application)
           std::make_shared<ObjectContext>(persistentStoreCoordinator_, application.platform().printer))
     , notebookEntryRepository_(
           std::make_unique<NotebookEntryRepository>(managedObjectContext_, application)) {
-    application.platform().defaultQueue->sync([this] { openStore(); });
+    const PlatformServices& platform = application.platform();
+    if (platform.documentsDirectories.empty()) {
+        endWithout("The user has no documents folder.", *platform.printer);
+    }
+    const std::filesystem::path file = platform.documentsDirectories.back() / storeFileName;
+    Result<void> opened;
+    platform.defaultQueue->sync([&] { opened = persistentStoreCoordinator_->addPersistentStore(file); });
+    if (!opened) {
+        endWithout(opened.error().localizedDescription.c_str(), *platform.printer);
+    }
+} catch (const std::bad_alloc&) {
+    // Nobody could go on without the store, and the message takes no memory.
+    fatalError("Error migrating store: Out of memory.");
 }
 
 DataController::~DataController() = default;
-
-void DataController::openStore() {
-    const PlatformServices& platform = application_.platform();
-    const Result<void> opened = platform.documentsDirectories.empty()
-                                    ? Result<void>(storeError(StoreErrorCode::noDocumentsDirectory,
-                                                              "The user has no documents folder."))
-                                    : persistentStoreCoordinator_->addPersistentStore(
-                                          platform.documentsDirectories.back() / storeFileName);
-    if (!opened) {
-        const std::string message = "Error migrating store: " + opened.error().localizedDescription;
-        platform.printer->print(message);
-        fatalError(message);
-    }
-}
 
 std::uint64_t DataController::getStorageBytes() const {
     std::uint64_t total = 0;

@@ -39,8 +39,6 @@ public:
     void logout();
 
 private:
-    void openStore();
-
     IApplication& application_;
     std::shared_ptr<PersistentStoreCoordinator> persistentStoreCoordinator_;
     std::shared_ptr<ObjectContext> managedObjectContext_;

@@ -1,23 +1,21 @@
 #include "Classes/Model/CoreData/NotebookEntry.h"
 
-#include "Classes/Interfaces/CrashReporterType.h"
 #include "Classes/Model/CoreData/NotebookEntryBatch.h"
 #include "Classes/Model/CoreData/NotebookTagLinks.h"
 #include "Classes/Model/CoreData/ObjectContext.h"
+#include "Classes/Model/CoreData/StoreError.h"
 #include "Platform/Database/Database.h"
-#include "Platform/Foundation/Printer.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 namespace teralune {
 namespace {
 
-void recordAndPrint(const Error& error, ObjectContext& context, CrashReporterType& crashReporter,
-                    const std::string& message = "Could not update notebook entry: ") {
-    crashReporter.recordError(error);
-    context.printer().print(message + error.localizedDescription);
-}
+constexpr std::string_view couldNotUpdate = "Could not update notebook entry: ";
+
+using Texts = std::shared_ptr<const std::vector<std::string>>;
 
 template<class Value, class Read>
 std::optional<Value> readSteps(const NotebookEntryBatch& list, std::size_t place, std::string_view sql,
@@ -41,6 +39,26 @@ std::optional<Value> readSteps(const NotebookEntryBatch& list, std::size_t place
         return std::nullopt;
     }
     return value;
+}
+
+/// Changes the store, if the note is in one, and makes what the note then says of itself inside that change:
+/// so nothing is stored for which the note has no memory.
+template<class InStore, class InNote>
+Result<void> change(ObjectContext& context, std::optional<std::int64_t> row, const InStore& inStore,
+                    const InNote& inNote) try {
+    if (!row) {
+        inNote();
+        return {};
+    }
+    return context.performAndWait([&](Database& database) {
+        Result<void> stored = inStore(database, *row);
+        if (stored) {
+            inNote();
+        }
+        return stored;
+    });
+} catch (const std::bad_alloc&) {
+    return outOfMemoryError();
 }
 
 } // namespace
@@ -84,7 +102,7 @@ const std::vector<std::string>& NotebookEntry::tagStrings() const {
     return changedTags_ != nullptr ? *changedTags_ : list_->details(place_).tagStrings;
 }
 
-Result<std::vector<std::string>> NotebookEntry::readTagStrings() const {
+Result<std::vector<std::string>> NotebookEntry::readTagStrings() const try {
     if (changedTags_ != nullptr) {
         return *changedTags_;
     }
@@ -93,6 +111,8 @@ Result<std::vector<std::string>> NotebookEntry::readTagStrings() const {
         return details.error();
     }
     return details.value()->tagStrings;
+} catch (const std::bad_alloc&) {
+    return outOfMemoryError();
 }
 
 std::optional<std::string> NotebookEntry::stepsData() const {
@@ -118,66 +138,77 @@ void NotebookEntry::setTags(const std::optional<std::vector<std::string>>& tags,
     }
     const Result<std::vector<std::string>> before = readTagStrings();
     NotebookTagLinks::Outcome outcome;
-    Result<void> saved;
-    if (const std::optional<std::int64_t> row = rowID()) {
-        saved = context.performAndWait(
-            [&](Database& database) { return NotebookTagLinks(database).add(*row, *tags, outcome); });
-    } else {
-        outcome.borne = *tags;
-        std::erase(outcome.borne, std::string());
-    }
+    Texts after;
+    const Result<void> saved = change(
+        context, rowID(),
+        [&](Database& database, std::int64_t row) {
+            return NotebookTagLinks(database).add(row, *tags, outcome);
+        },
+        [&] {
+            if (!rowID()) {
+                outcome.borne = *tags;
+                std::erase(outcome.borne, std::string());
+            }
+            // Tags that could not be read before are read with the change when they are next asked for.
+            if (before) {
+                std::vector<std::string> texts = before.value();
+                for (std::string& tag : outcome.borne) {
+                    if (std::find(texts.begin(), texts.end(), tag) == texts.end()) {
+                        texts.push_back(std::move(tag));
+                    }
+                }
+                after = std::make_shared<const std::vector<std::string>>(std::move(texts));
+            }
+        });
     for (const NotebookTagLinks::Outcome::Failure& failure : outcome.failures) {
-        recordAndPrint(failure.error, context, crashReporter,
-                       "Could not fetch existing notebook entry tags for '" + failure.tag + "': ");
+        reportStoreError(crashReporter, context.printer(),
+                         {"Could not fetch existing notebook entry tags for '", failure.tag, "': "},
+                         failure.error);
     }
     if (!saved) {
-        recordAndPrint(saved.error(), context, crashReporter);
-        return;
-    }
-    // Tags that could not be read before are read with the change when they are next asked for.
-    if (before) {
-        std::vector<std::string> changed = before.value();
-        for (std::string& tag : outcome.borne) {
-            if (std::find(changed.begin(), changed.end(), tag) == changed.end()) {
-                changed.push_back(std::move(tag));
-            }
-        }
-        changedTags_ = std::make_shared<const std::vector<std::string>>(std::move(changed));
+        reportStoreError(crashReporter, context.printer(), {couldNotUpdate}, saved.error());
+    } else if (after != nullptr) {
+        changedTags_ = std::move(after);
     }
 }
 
 void NotebookEntry::removeTags(const std::vector<std::string>& tags, ObjectContext& context,
                                CrashReporterType& crashReporter) {
     const Result<std::vector<std::string>> before = readTagStrings();
-    if (const std::optional<std::int64_t> row = rowID()) {
-        const Result<void> saved = context.performAndWait(
-            [&](Database& database) { return NotebookTagLinks(database).remove(*row, tags); });
-        if (!saved) {
-            recordAndPrint(saved.error(), context, crashReporter);
-            return;
-        }
-    }
-    if (before) {
-        std::vector<std::string> changed = before.value();
-        for (const std::string& tag : tags) {
-            std::erase(changed, tag);
-        }
-        changedTags_ = std::make_shared<const std::vector<std::string>>(std::move(changed));
+    Texts after;
+    const Result<void> saved = change(
+        context, rowID(),
+        [&](Database& database, std::int64_t row) { return NotebookTagLinks(database).remove(row, tags); },
+        [&] {
+            if (before) {
+                std::vector<std::string> texts = before.value();
+                for (const std::string& tag : tags) {
+                    std::erase(texts, tag);
+                }
+                after = std::make_shared<const std::vector<std::string>>(std::move(texts));
+            }
+        });
+    if (!saved) {
+        reportStoreError(crashReporter, context.printer(), {couldNotUpdate}, saved.error());
+    } else if (after != nullptr) {
+        changedTags_ = std::move(after);
     }
 }
 
 void NotebookEntry::setNotes(const std::string& notes, ObjectContext& context,
                              CrashReporterType& crashReporter) {
-    if (const std::optional<std::int64_t> row = rowID()) {
-        const Result<void> saved = context.performAndWait([&](Database& database) {
-            return database.statement("UPDATE entries SET notes = ? WHERE id = ?").bindAll(notes, *row).run();
-        });
-        if (!saved) {
-            recordAndPrint(saved.error(), context, crashReporter);
-            return;
-        }
+    std::optional<std::string> after;
+    const Result<void> saved = change(
+        context, rowID(),
+        [&](Database& database, std::int64_t row) {
+            return database.statement("UPDATE entries SET notes = ? WHERE id = ?").bindAll(notes, row).run();
+        },
+        [&] { after = notes; });
+    if (!saved) {
+        reportStoreError(crashReporter, context.printer(), {couldNotUpdate}, saved.error());
+    } else {
+        listed_.notes = std::move(after);
     }
-    listed_.notes = notes;
 }
 
 } // namespace teralune

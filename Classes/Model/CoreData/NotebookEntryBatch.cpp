@@ -4,6 +4,7 @@
 #include "Classes/Model/CoreData/StoreError.h"
 #include "Platform/Database/Database.h"
 
+#include <new>
 #include <utility>
 
 namespace teralune {
@@ -45,7 +46,7 @@ const NotebookEntryBatch::Details& NotebookEntryBatch::details(std::size_t place
     return read ? *read.value() : none;
 }
 
-Result<const NotebookEntryBatch::Details*> NotebookEntryBatch::readDetails(std::size_t place) const {
+Result<const NotebookEntryBatch::Details*> NotebookEntryBatch::readDetails(std::size_t place) const try {
     static const Details none;
     if (!isLoaded_) {
         const std::shared_ptr<ObjectContext> context = context_.lock();
@@ -67,6 +68,8 @@ Result<const NotebookEntryBatch::Details*> NotebookEntryBatch::readDetails(std::
         }
     }
     return place < details_.size() ? &details_[place] : &none;
+} catch (const std::bad_alloc&) {
+    return outOfMemoryError();
 }
 
 std::optional<std::int64_t> NotebookEntryBatch::rowID(std::size_t place) const {

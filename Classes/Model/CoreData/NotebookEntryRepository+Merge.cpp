@@ -12,9 +12,7 @@
 namespace teralune {
 namespace {
 
-std::string textOrNothing(const std::optional<std::string_view>& text) {
-    return std::string(text.value_or(""));
-}
+constexpr std::string_view couldNotInsert = "Could not insert notebook entries: ";
 
 std::optional<std::int64_t> flagColumn(const std::optional<bool>& flag) {
     return flag ? std::optional<std::int64_t>(*flag ? 1 : 0) : std::nullopt;
@@ -160,16 +158,16 @@ Result<std::vector<std::int64_t>> unlistedEntries(Database& database, const Merg
 } // namespace
 
 void NotebookEntryRepository::insertNotebookEntries(const boost::json::array& entries) {
-    print("Got " + std::to_string(entries.size()) + " notebook entries from server.");
+    print({"Got ", std::to_string(entries.size()), " notebook entries from server."});
     try {
         MergePlan plan = readRecords(entries);
         if (addAndUpdate(plan)) {
             removeDeleted(plan);
         }
     } catch (const std::bad_alloc&) {
-        recordAndPrint("Could not insert notebook entries: ", outOfMemoryError());
+        report({couldNotInsert}, outOfMemoryError());
     }
-    print("Completed refreshing entries in database.");
+    print({"Completed refreshing entries in database."});
 }
 
 MergePlan NotebookEntryRepository::readRecords(const boost::json::array& entries) const {
@@ -178,15 +176,15 @@ MergePlan NotebookEntryRepository::readRecords(const boost::json::array& entries
     for (const boost::json::value& entry : entries) {
         NotebookEntryRecord record = NotebookEntryRecord::read(entry);
         if (!record.isComplete()) {
-            print("Item could not be processed!! ID: " + textOrNothing(record.id) + " Problem: " +
-                  textOrNothing(record.problem) + " lastChange: " + textOrNothing(record.lastChange) +
-                  " Date: " + textOrNothing(record.date));
+            print({"Item could not be processed!! ID: ", record.id.value_or(""),
+                   " Problem: ", record.problem.value_or(""), " lastChange: ", record.lastChange.value_or(""),
+                   " Date: ", record.date.value_or("")});
             plan.addUnusable(record.id);
             continue;
         }
         const std::optional<Date> lastChange = dateFormatter_.date(*record.date);
         if (!lastChange) {
-            print("Date was in wrong format: " + textOrNothing(record.date));
+            print({"Date was in wrong format: ", *record.date});
         }
         plan.add(std::move(record), lastChange);
     }
@@ -195,7 +193,7 @@ MergePlan NotebookEntryRepository::readRecords(const boost::json::array& entries
 }
 
 bool NotebookEntryRepository::addAndUpdate(MergePlan& plan) {
-    const Result<void> saved = managedObjectContext_->performAndWait([&](Database& database) -> Result<void> {
+    return performAndWait({couldNotInsert}, [&](Database& database) -> Result<void> {
         if (Result<void> met = meetStore(database, plan); !met) {
             return met;
         }
@@ -211,10 +209,6 @@ bool NotebookEntryRepository::addAndUpdate(MergePlan& plan) {
         }
         return changeLinks(database, plan, tagRows.value());
     });
-    if (!saved) {
-        recordAndPrint("Could not insert notebook entries: ", saved.error());
-    }
-    return saved.succeeded();
 }
 
 void NotebookEntryRepository::removeDeleted(const MergePlan& plan) {
@@ -234,10 +228,10 @@ void NotebookEntryRepository::removeDeleted(const MergePlan& plan) {
         return {};
     });
     if (found) {
-        print("Found " + std::to_string(*found) + " entries to delete.");
+        print({"Found ", std::to_string(*found), " entries to delete."});
     }
     if (!saved) {
-        recordAndPrint(found ? "" : "Could not fetch notebook entries for deletion: ", saved.error());
+        report({found ? "" : "Could not fetch notebook entries for deletion: "}, saved.error());
     }
 }
 

@@ -2,11 +2,11 @@
 #include "Classes/Interfaces/IApplication.h"
 #include "Classes/Model/CoreData/NotebookEntryBatch.h"
 #include "Classes/Model/CoreData/NotebookEntryRepository.h"
-#include "Classes/Model/CoreData/ObjectContext.h"
+#include "Classes/Model/CoreData/StoreError.h"
 #include "Classes/Support/Localization.h"
 #include "Platform/Database/Database.h"
-#include "Platform/Foundation/Printer.h"
 
+#include <new>
 #include <utility>
 
 namespace teralune {
@@ -43,7 +43,7 @@ Result<void> storeLists(Database& database, const Predicate::Compiled& predicate
 
 std::vector<NotebookEntry> NotebookEntryRepository::entriesForFilter(const Filter& filter) const {
     std::vector<NotebookEntry> notes;
-    const Result<void> read = managedObjectContext_->fetchAndWait([&](Database& database) -> Result<void> {
+    const bool isRead = fetchAndWait({couldNotFetchEntries}, [&](Database& database) -> Result<void> {
         std::string sql = "SELECT id, problem, isFavorite, remoteID, notes FROM entries";
         const std::optional<Predicate> predicate = filter.predicate();
         if (!predicate) {
@@ -59,9 +59,8 @@ std::vector<NotebookEntry> NotebookEntryRepository::entriesForFilter(const Filte
         sql += " ORDER BY lastChange DESC, id DESC";
         const auto list = std::make_shared<NotebookEntryBatch>(
             managedObjectContext_, [&application = application_](const Error& error) {
-                application.crashReporter().recordError(error);
-                application.platform().printer->print(std::string(couldNotFetchEntries) +
-                                                      error.localizedDescription);
+                reportStoreError(application.crashReporter(), *application.platform().printer,
+                                 {couldNotFetchEntries}, error);
             });
         Statement query = database.statement(sql);
         while (query.nextRow()) {
@@ -77,8 +76,7 @@ std::vector<NotebookEntry> NotebookEntryRepository::entriesForFilter(const Filte
         }
         return query.result();
     });
-    if (!read) {
-        recordAndPrint(couldNotFetchEntries, read.error());
+    if (!isRead) {
         notes.clear();
     }
     return notes;
@@ -87,7 +85,8 @@ std::vector<NotebookEntry> NotebookEntryRepository::entriesForFilter(const Filte
 std::optional<AttributeDictionary>
 NotebookEntryRepository::getNotebookEntry(const std::string& problem) const {
     std::optional<AttributeDictionary> attributes;
-    const Result<void> read = managedObjectContext_->fetchAndWait([&](Database& database) -> Result<void> {
+    const Words message{"Could not determine if problem exists: "};
+    const bool isRead = fetchAndWait(message, [&](Database& database) -> Result<void> {
         Statement query = database.statement("SELECT graph, notes, problem, remoteID, savedFrom, topic, url, "
                                              "stepsData, isFavorite, lastCached, lastChange "
                                              "FROM entries LEFT JOIN steps ON steps.entryID = entries.id "
@@ -116,25 +115,20 @@ NotebookEntryRepository::getNotebookEntry(const std::string& problem) const {
         }
         return query.result();
     });
-    if (!read) {
-        recordAndPrint("Could not determine if problem exists: ", read.error());
-        return std::nullopt;
-    }
-    return attributes;
+    return isRead ? std::move(attributes) : std::nullopt;
 }
 
 std::vector<std::string> NotebookEntryRepository::distinctTexts(std::string_view sql,
                                                                 std::string_view message) const {
     std::vector<std::string> texts;
-    const Result<void> read = managedObjectContext_->fetchAndWait([&](Database& database) {
+    const bool isRead = fetchAndWait({message}, [&](Database& database) {
         Statement query = database.statement(sql);
         while (query.nextRow()) {
             texts.emplace_back(query.text(0));
         }
         return query.result();
     });
-    if (!read) {
-        recordAndPrint(message, read.error());
+    if (!isRead) {
         texts.clear();
     }
     return texts;
@@ -153,7 +147,7 @@ std::vector<std::string> NotebookEntryRepository::allTopics() const {
                          couldNotFetchEntries);
 }
 
-Filter NotebookEntryRepository::blankFilter() const {
+Filter NotebookEntryRepository::blankFilter() const try {
     Filter filter(
         [&platform = application_.platform()](std::string_view key) { return Localize(platform, key); });
     for (const std::string_view source : {Solutions, Practice, GraphingCalculator}) {
@@ -166,6 +160,9 @@ Filter NotebookEntryRepository::blankFilter() const {
         filter.tagFilter.dict.emplace(std::move(tag), false);
     }
     return filter;
+} catch (const std::bad_alloc&) {
+    report({couldNotFetchEntries}, outOfMemoryError());
+    return Filter();
 }
 
 } // namespace teralune

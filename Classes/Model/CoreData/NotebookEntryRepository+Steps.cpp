@@ -3,6 +3,8 @@
 #include "Classes/Model/CoreData/ObjectContext.h"
 #include "Platform/Database/Database.h"
 
+#include <utility>
+
 namespace teralune {
 
 std::optional<std::string> NotebookEntryRepository::nextEntryToCache() const {
@@ -10,7 +12,7 @@ std::optional<std::string> NotebookEntryRepository::nextEntryToCache() const {
         return std::nullopt;
     }
     std::optional<std::string> problem;
-    const Result<void> read = managedObjectContext_->fetchAndWait([&](Database& database) -> Result<void> {
+    const bool isRead = fetchAndWait({couldNotFetchEntries}, [&](Database& database) -> Result<void> {
         // The two conditions are those of the index "entriesToCache", word for word, so that its last entry
         // is the answer. A note without a source is no graph.
         Statement newest = database.statement("SELECT problem FROM entries "
@@ -21,16 +23,13 @@ std::optional<std::string> NotebookEntryRepository::nextEntryToCache() const {
         }
         return newest.result();
     });
-    if (!read) {
-        recordAndPrint(couldNotFetchEntries, read.error());
-        return std::nullopt;
-    }
-    return problem;
+    return isRead ? std::move(problem) : std::nullopt;
 }
 
 void NotebookEntryRepository::updateProblemWithSteps(const std::string& problem, const std::string& steps) {
     const std::int64_t now = application_.platform().clock->now().time_since_epoch().count();
-    const Result<void> saved = managedObjectContext_->performAndWait([&](Database& database) -> Result<void> {
+    const Words message{"Could not fetch or save notebook entry to update for ", problem, ": "};
+    performAndWait(message, [&](Database& database) -> Result<void> {
         Result<void> written =
             database
                 .statement("INSERT INTO steps(entryID, lastCached, stepsData) "
@@ -46,15 +45,12 @@ void NotebookEntryRepository::updateProblemWithSteps(const std::string& problem,
             .bindAll(problem)
             .run();
     });
-    if (!saved) {
-        recordAndPrint("Could not fetch or save notebook entry to update for " + problem + ": ",
-                       saved.error());
-    }
 }
 
 std::int64_t NotebookEntryRepository::count(Counted counted) const {
     std::int64_t number = -1;
-    const Result<void> read = managedObjectContext_->fetchAndWait([&](Database& database) -> Result<void> {
+    const Words message{"Could not count notebook entries: "};
+    const bool isRead = fetchAndWait(message, [&](Database& database) -> Result<void> {
         const Result<std::int64_t> rows =
             database.integer(counted == Counted::entries ? "SELECT count(*) FROM entries"
                                                          : "SELECT value FROM stepsCount WHERE id = 0");
@@ -64,11 +60,10 @@ std::int64_t NotebookEntryRepository::count(Counted counted) const {
         number = rows.value();
         return {};
     });
-    if (!read) {
-        recordAndPrint("Could not count notebook entries: ", read.error());
+    if (!isRead) {
         return -1;
     }
-    print("Count found " + std::to_string(number) + " notes.");
+    print({"Count found ", std::to_string(number), " notes."});
     return number;
 }
 

@@ -3,10 +3,9 @@
 #include "Classes/Interfaces/CrashReporterType.h"
 #include "Classes/Interfaces/IApplication.h"
 #include "Classes/Model/CoreData/NotebookEntryTag.h"
-#include "Classes/Model/CoreData/ObjectContext.h"
+#include "Classes/Model/CoreData/StoreError.h"
 #include "Platform/Database/Database.h"
 #include "Platform/Foundation/FatalError.h"
-#include "Platform/Foundation/Printer.h"
 
 #include <utility>
 
@@ -23,13 +22,28 @@ NotebookEntryRepository::NotebookEntryRepository(std::shared_ptr<ObjectContext> 
 
 NotebookEntryRepository::~NotebookEntryRepository() = default;
 
-void NotebookEntryRepository::print(std::string_view line) const {
-    application_.platform().printer->print(line);
+void NotebookEntryRepository::print(Words line) const {
+    printStoreLine(*application_.platform().printer, line);
 }
 
-void NotebookEntryRepository::recordAndPrint(std::string_view message, const Error& error) const {
-    application_.crashReporter().recordError(error);
-    print(std::string(message) + error.localizedDescription);
+void NotebookEntryRepository::report(Words message, const Error& error) const {
+    reportStoreError(application_.crashReporter(), *application_.platform().printer, message, error);
+}
+
+bool NotebookEntryRepository::performAndWait(Words message, ObjectContext::Block block) const {
+    const Result<void> saved = managedObjectContext_->performAndWait(block);
+    if (!saved) {
+        report(message, saved.error());
+    }
+    return saved.succeeded();
+}
+
+bool NotebookEntryRepository::fetchAndWait(Words message, ObjectContext::Block block) const {
+    const Result<void> read = managedObjectContext_->fetchAndWait(block);
+    if (!read) {
+        report(message, read.error());
+    }
+    return read.succeeded();
 }
 
 std::vector<std::string> NotebookEntryRepository::notebookRequiredFields() const {
@@ -37,16 +51,16 @@ std::vector<std::string> NotebookEntryRepository::notebookRequiredFields() const
 }
 
 void NotebookEntryRepository::updateProblem(const std::string& query, Favorite favorite) {
-    bool hasMatch = false;
-    const Result<void> saved = managedObjectContext_->performAndWait([&](Database& database) -> Result<void> {
+    std::string missing;
+    const Words message{"Could not fetch notebook entry to update favorite for ", query, ": "};
+    const bool isSaved = performAndWait(message, [&](Database& database) -> Result<void> {
         std::int64_t entryID = 0;
         {
             Statement first =
                 database.statement("SELECT id FROM entries WHERE problem = ? ORDER BY id LIMIT 1");
             first.bindAll(query);
-            hasMatch = first.nextRow();
-            if (!hasMatch) {
-                hasMatch = !first.result();
+            if (!first.nextRow()) {
+                missing = "No notebook entry to update favorite for " + query;
                 return first.result();
             }
             entryID = first.integer(0);
@@ -55,40 +69,31 @@ void NotebookEntryRepository::updateProblem(const std::string& query, Favorite f
             .bindAll(std::int64_t{favorite.value ? 1 : 0}, entryID)
             .run();
     });
-    if (!saved) {
-        recordAndPrint("Could not fetch notebook entry to update favorite for " + query + ": ",
-                       saved.error());
-    } else if (!hasMatch) {
-        fatalError("No notebook entry to update favorite for " + query);
+    if (isSaved && !missing.empty()) {
+        fatalError(missing);
     }
 }
 
 void NotebookEntryRepository::removeNotes(const std::vector<NotebookEntry>& notes) {
-    const Result<void> saved = managedObjectContext_->performAndWait([&](Database& database) -> Result<void> {
-        Statement remove = database.statement("DELETE FROM entries WHERE id = ?");
-        for (const NotebookEntry& note : notes) {
-            const std::optional<std::int64_t> entryID = note.rowID();
-            if (!entryID) {
-                continue;
-            }
-            if (Result<void> removed = remove.bindAll(*entryID).run(); !removed) {
-                return removed;
-            }
-        }
-        return {};
-    });
-    if (!saved) {
-        recordAndPrint("Could not remove selective notes from notebook: ", saved.error());
-    }
+    performAndWait({"Could not remove selective notes from notebook: "},
+                   [&](Database& database) -> Result<void> {
+                       Statement remove = database.statement("DELETE FROM entries WHERE id = ?");
+                       for (const NotebookEntry& note : notes) {
+                           const std::optional<std::int64_t> entryID = note.rowID();
+                           if (!entryID) {
+                               continue;
+                           }
+                           if (Result<void> removed = remove.bindAll(*entryID).run(); !removed) {
+                               return removed;
+                           }
+                       }
+                       return {};
+                   });
 }
 
 bool NotebookEntryRepository::deleteAll(std::string_view entityName, std::string_view script) {
-    const Result<void> saved =
-        managedObjectContext_->performAndWait([&](Database& database) { return database.execute(script); });
-    if (!saved) {
-        recordAndPrint("Could not delete all " + std::string(entityName) + ": ", saved.error());
-    }
-    return saved.succeeded();
+    return performAndWait({"Could not delete all ", entityName, ": "},
+                          [&](Database& database) { return database.execute(script); });
 }
 
 void NotebookEntryRepository::clear() {
@@ -102,7 +107,7 @@ void NotebookEntryRepository::clear() {
     // The user who signs out leaves nothing in the file's free pages. Of an empty store there is nothing to
     // copy, however large its file.
     if (const Result<void> compacted = managedObjectContext_->compact(); !compacted) {
-        recordAndPrint("Could not compact the notebook store: ", compacted.error());
+        report({"Could not compact the notebook store: "}, compacted.error());
     }
 }
 

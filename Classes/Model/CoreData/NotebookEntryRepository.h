@@ -1,10 +1,12 @@
 #pragma once
 
 #include "Classes/Interfaces/NotebookEntryRepositoryType.h"
+#include "Classes/Model/CoreData/ObjectContext.h"
 #include "Platform/Foundation/DateFormatter.h"
 #include "Platform/Foundation/Error.h"
 
 #include <cstdint>
+#include <initializer_list>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -12,10 +14,8 @@
 
 namespace teralune {
 
-class Database;
 class IApplication;
 class MergePlan;
-class ObjectContext;
 
 /// The notebook's repository over the SQLite store. DataController makes the one there is; everybody else
 /// knows it by its protocol, which says how it behaves.
@@ -57,8 +57,13 @@ private:
     enum class Counted { entries, entriesWithSteps };
     static constexpr std::string_view couldNotFetchEntries = "Could not fetch notebook entries: ";
 
-    void print(std::string_view line) const;
-    void recordAndPrint(std::string_view message, const Error& error) const;
+    using Words = std::initializer_list<std::string_view>;
+    void print(Words line) const;
+    void report(Words message, const Error& error) const;
+    /// Run the block as the context's operations of those names do. Where it fails they report why behind the
+    /// message and return false.
+    bool performAndWait(Words message, ObjectContext::Block block) const;
+    bool fetchAndWait(Words message, ObjectContext::Block block) const;
 
     MergePlan readRecords(const boost::json::array& entries) const;
     bool addAndUpdate(MergePlan& plan);

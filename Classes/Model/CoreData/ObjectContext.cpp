@@ -25,7 +25,7 @@ private:
 /// Whether a block is inside another is counted, not asked of the connection: that is also in a transaction
 /// when an earlier rollback failed, and nothing would ever commit what is then done.
 Result<void> runInTransaction(Database* database, Transaction::Kind kind, int& depth,
-                              const ObjectContext::Block& block) try {
+                              ObjectContext::Block block) try {
     if (database == nullptr) {
         return storeError(StoreErrorCode::noStore, "No store is open.");
     }
@@ -57,12 +57,12 @@ ObjectContext::ObjectContext(std::shared_ptr<PersistentStoreCoordinator> coordin
     : coordinator_(std::move(coordinator))
     , printer_(std::move(printer)) {}
 
-Result<void> ObjectContext::performAndWait(const Block& block) {
+Result<void> ObjectContext::performAndWait(Block block) {
     const std::scoped_lock lock(writing_.mutex);
     return runInTransaction(coordinator_->writer(), Transaction::Kind::writing, writing_.depth, block);
 }
 
-Result<void> ObjectContext::fetchAndWait(const Block& block) {
+Result<void> ObjectContext::fetchAndWait(Block block) {
     // Where there is no separate reader the writer's lock is the one that counts.
     const bool hasReader = coordinator_->reader() != coordinator_->writer();
     Lane& lane = hasReader ? reading_ : writing_;

@@ -2,7 +2,6 @@
 
 #include "Platform/Foundation/Result.h"
 
-#include <functional>
 #include <memory>
 #include <mutex>
 
@@ -16,17 +15,31 @@ class Printer;
 /// fails is thrown, want of memory included. Until a store is attached every block fails without running.
 class ObjectContext {
 public:
-    using Block = std::function<Result<void>(Database&)>;
+    /// What is to be done, on loan from the caller while it waits: handing it over takes no memory.
+    class Block {
+    public:
+        template<class Callable>
+        Block(const Callable& callable)
+            : callable_(&callable)
+            , call_([](const void* given, Database& database) -> Result<void> {
+                return (*static_cast<const Callable*>(given))(database);
+            }) {}
+        Result<void> operator()(Database& database) const { return call_(callable_, database); }
+
+    private:
+        const void* callable_;
+        Result<void> (*call_)(const void*, Database&);
+    };
 
     ObjectContext(std::shared_ptr<PersistentStoreCoordinator> coordinator, std::shared_ptr<Printer> printer);
 
     /// Runs the block with the writing connection, one block after the other, and saves what it did as one
     /// transaction when it succeeds; a failure leaves the store as it was. A block inside a block of the same
     /// thread belongs to the outer one's transaction, and fails when that is gone.
-    Result<void> performAndWait(const Block& block);
+    Result<void> performAndWait(Block block);
     /// Runs a block that only reads, on the last saved state, which stays the same throughout the block. Does
     /// not wait for performAndWait() of other threads. The block calls nothing of this context.
-    Result<void> fetchAndWait(const Block& block);
+    Result<void> fetchAndWait(Block block);
     /// Gives the space of deleted rows back to the file system, and with it what they held. Copies every row
     /// that is left, so it is for a store that has just been emptied. Fails while another process reads.
     Result<void> compact();

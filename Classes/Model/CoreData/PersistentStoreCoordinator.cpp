@@ -1,14 +1,16 @@
 #include "Classes/Model/CoreData/PersistentStoreCoordinator.h"
 
+#include "Classes/Model/CoreData/StoreError.h"
 #include "Platform/Database/FileReplacement.h"
 
+#include <new>
 #include <utility>
 
 namespace teralune {
 
 PersistentStoreCoordinator::PersistentStoreCoordinator(ObjectModel model) : model_(std::move(model)) {}
 
-Result<void> PersistentStoreCoordinator::addPersistentStore(const std::filesystem::path& file) {
+Result<void> PersistentStoreCoordinator::addPersistentStore(const std::filesystem::path& file) try {
     if (const Result<std::optional<std::filesystem::path>> repaired = finishReplacement(file); !repaired) {
         return repaired.error();
     }
@@ -31,6 +33,8 @@ Result<void> PersistentStoreCoordinator::addPersistentStore(const std::filesyste
     discardReplacementDraft(file);
     stores_.push_back({file, std::move(writer).value(), std::move(reader)});
     return {};
+} catch (const std::bad_alloc&) {
+    return outOfMemoryError();
 }
 
 std::vector<std::filesystem::path> PersistentStoreCoordinator::persistentStores() const {

@@ -19,7 +19,7 @@ public:
 
     /// Opens the SQLite file, making it when it is missing and migrating it when it is older. A repair that
     /// was interrupted after its decisive moment is finished before. The first store is the one that is
-    /// worked with.
+    /// worked with. Nothing is thrown, want of memory included.
     Result<void> addPersistentStore(const std::filesystem::path& file);
     /// The files of the attached stores.
     std::vector<std::filesystem::path> persistentStores() const;

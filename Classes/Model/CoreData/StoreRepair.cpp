@@ -7,6 +7,7 @@
 #include "Platform/Database/Database.h"
 #include "Platform/Database/DatabaseError.h"
 #include "Platform/Database/FileReplacement.h"
+#include "Platform/Database/PrivateFile.h"
 #include "Platform/Database/Transaction.h"
 
 #include <new>
@@ -145,12 +146,18 @@ Result<StoreRepairReport> repairStore(const PlatformServices::Locations& locatio
     }
     std::error_code unknown;
     const std::uintmax_t size = std::filesystem::file_size(file, unknown);
-    if (!std::filesystem::exists(file, unknown)) {
-        return storeError(StoreErrorCode::noStore, "There is no notebook store at " + file.string() + ".");
-    }
-    if (size == 0 && Database::logSize(file) == 0) {
-        // As good as a missing one. Beside a log it is one that was lost, and SQLite would remove the log.
-        return StoreRepairReport{.damagedFile = finished.value()};
+    const bool isThere = std::filesystem::exists(file, unknown);
+    if (Database::logSize(file) == 0) {
+        if (!isThere) {
+            return storeError(StoreErrorCode::noStore,
+                              "There is no notebook store at " + file.string() + ".");
+        }
+        // As good as a missing one. Beside a log it is one that was lost.
+        if (size == 0) {
+            return StoreRepairReport{.damagedFile = finished.value()};
+        }
+    } else if (Result<void> made = isThere ? Result<void>() : makePrivateFile(file); !made) {
+        return made.error();
     }
     // Held until the end: it is what keeps everybody else away.
     Result<Database> store = Database::open({.file = file, .access = Database::Access::salvage});
@@ -176,8 +183,6 @@ Result<StoreRepairReport> repairStore(const PlatformServices::Locations& locatio
     return report;
 } catch (const std::bad_alloc&) {
     return outOfMemoryError();
-} catch (const std::filesystem::filesystem_error& error) {
-    return systemError(error.code().value(), error.path1());
 }
 
 } // namespace teralune

@@ -2,11 +2,9 @@
 
 #include "Classes/Model/CoreData/NotebookTagLinks.h"
 #include "Classes/Model/CoreData/PersistentStoreCoordinator.h"
-#include "Classes/Model/CoreData/StoreError.h"
 #include "Platform/Database/DatabaseError.h"
 #include "Platform/Database/Transaction.h"
 #include "Platform/Foundation/Printer.h"
-#include "Tests/Classes/Model/CoreData/FailingAllocations.h"
 
 #include <atomic>
 #include <thread>
@@ -142,7 +140,7 @@ TEST_F(StoreFaultTests, no_code_of_the_host_runs_inside_a_change) {
 TEST_F(StoreFaultTests, a_lost_transaction_fails_what_belonged_to_it_and_nothing_later) {
     merge(listOf(0, 1, ""));
     ObjectContext& context = controller->managedObjectContext();
-    const ObjectContext::Block insertsLate = [](Database& database) {
+    const auto insertsLate = [](Database& database) {
         return database.execute("INSERT INTO entries(problem) VALUES ('late')");
     };
     Result<void> inner;
@@ -165,37 +163,6 @@ TEST_F(StoreFaultTests, a_lost_transaction_fails_what_belonged_to_it_and_nothing
     NotebookTagLinks::Outcome outcome;
     EXPECT_FALSE(NotebookTagLinks(writer).add(1, {"a", "b"}, outcome));
     EXPECT_TRUE(outcome.failures.empty()) << "the change has one error, and it is told once";
-}
-
-TEST_F(StoreFaultTests, memory_that_runs_out_anywhere_is_an_error_and_leaves_the_store_whole) {
-    ObjectContext& context = controller->managedObjectContext();
-    std::int64_t stored = 0;
-    bool hasSucceeded = false;
-    for (int number = 0; !hasSucceeded; ++number) {
-        ASSERT_LT(number, 60) << "statements beyond those that are kept would take no memory";
-        // SQL of its own, so that the statement is prepared and finds no place among the kept ones.
-        const std::string sql =
-            "INSERT INTO entries(problem, remoteID) VALUES (?, " + std::to_string(number) + ")";
-        const ObjectContext::Block inserts = [&](Database& database) {
-            const std::string problem(100, 'p');
-            return database.statement(sql).bindAll(problem).run();
-        };
-        Result<void> saved;
-        bool hasFailed = false;
-        {
-            const FailingAllocations from(number);
-            saved = context.performAndWait(inserts);
-            hasFailed = from.haveFailed();
-        }
-        stored += saved ? 1 : 0;
-        if (!saved) {
-            EXPECT_EQ(saved.error(), outOfMemoryError());
-        }
-        hasSucceeded = saved && !hasFailed;
-        EXPECT_EQ(this->number("SELECT count(*) FROM entries"), stored);
-    }
-    EXPECT_GT(stored, 1) << "a statement for which there is no place is no failure";
-    expectWholeStore();
 }
 
 TEST_F(StoreFaultTests, another_process_that_holds_the_lock_does_not_stop_readers) {
