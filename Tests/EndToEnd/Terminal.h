@@ -56,6 +56,7 @@ public:
 
     const std::filesystem::path& folder() const { return folder_.path(); }
     std::filesystem::path dataFolder() const { return folder() / "data"; }
+    void write(const char* name, std::string_view contents) const { folder_.write(name, contents); }
     /// Whether a file in the data folder whose name begins so holds the text.
     bool keeps(std::string_view text, std::string_view namePrefix = {}) const;
 

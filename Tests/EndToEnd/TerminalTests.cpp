@@ -30,6 +30,14 @@ constexpr const char* email = "ada@teralune.example";
 constexpr const char* password = "Cx7-unmistakable";
 constexpr const char* stepsPath = "/pub_api/steps";
 
+/// A command's words, of which '' is an empty one.
+Arguments wordsOf(const std::string& command) {
+    std::istringstream stream(command);
+    Arguments words(std::istream_iterator<std::string>(stream), {});
+    std::replace(words.begin(), words.end(), std::string("''"), std::string());
+    return words;
+}
+
 std::unique_ptr<SolverService> startService() {
     SolverService::Options options;
     options.demoAccount = SolverService::DemoAccount::none;
@@ -95,7 +103,9 @@ TEST_F(TerminalTests, the_notebooks_story_from_sign_up_to_sign_out) {
     EXPECT_EQ(run({"notes", "--type", "Graphing Calculator", "--topic", "Graphs"}),
               "  y=x  · Graphs  · Graphing Calculator\n");
 
+    service_->expireTokens();
     run({"note", "star", "x^2=9"});
+    EXPECT_EQ(service_->requestLog().count("/refresh"), 1U);
     const ReceivedRequest star = lastRequestTo("/api/notebook/updateNoteFavorite");
     EXPECT_EQ(star.method, "POST");
     EXPECT_EQ(star.body, "isMobile=1&problem=x%5E2%3D9&val=true");
@@ -148,16 +158,10 @@ TEST_F(TerminalTests, a_refusal_is_one_line_and_leaves_the_notebook_as_it_was) {
 
     service_->faults().script(service::Faults::everyPath, Fault::answer(500), service::Faults::everyTime);
     const std::string unreachable = "The server could not be reached. Please try again.";
-    for (const Arguments& command : {Arguments{"sync"},
-                                     {"note", "star", "2x=4"},
-                                     {"note", "annotate", "2x=4", "n"},
-                                     {"note", "tag", "2x=4", "--add", "t"},
-                                     {"note", "delete", "2x=4"},
-                                     {"note", "save", "3x=3"},
-                                     {"notes", "clear"},
-                                     {"solve", "2x=4"},
-                                     {"account", "delete"}})
-        expectRefusal(command, 1, unreachable);
+    for (const char* command :
+         {"sync", "note star 2x=4", "note annotate 2x=4 n", "note tag 2x=4 --add t", "note delete 2x=4",
+          "note save 3x=3", "notes clear", "solve 2x=4", "account delete"})
+        expectRefusal(wordsOf(command), 1, unreachable);
     expectRefusal({"settings", "set", "decimals", "7"}, 1, "The settings could not be saved.");
     expectRefusal({"note", "star", "no such"}, 1, "The notebook has no note of \"no such\".");
     service_->faults().clear();
@@ -207,33 +211,20 @@ TEST_F(TerminalTests, an_interrupted_synchronization_ends_after_the_step_under_w
 }
 
 TEST_F(TerminalTests, wrong_usage_is_told_without_a_request) {
-    const std::string huge(100'000, 'x');
-    for (const Arguments& command : {Arguments{},
-                                     {"frobnicate"},
-                                     {"solve"},
-                                     {"solve", ""},
-                                     {"solve", "2x=4", "3x=9"},
-                                     {"solve", "\xff"},
-                                     {"notes", "--type", "Elsewhere"},
-                                     {"note"},
-                                     {"note", "show", ""},
-                                     {"note", "tag", "2x=4", "--add", "a,b"},
-                                     {"note", "tag", "2x=4", "--add", "abcdefghijklmnopqrstu"},
-                                     {"settings", "set", "decimals", "1"},
-                                     {"settings", "set", "decimals", "5.0"},
-                                     {"settings", "set", "steps", "some"},
-                                     {"language", "xx"},
-                                     {"image", "http://elsewhere.example/a.png", "--output", "a"},
-                                     {"recognize", "/no/such/file"}}) {
-        const Terminal::Outcome outcome = terminal_.run(command);
-        EXPECT_EQ(outcome.exitCode, 2) << testing::PrintToString(command);
-        EXPECT_THAT(outcome.error, MatchesRegex("teralune: [^\n]+\n")) << testing::PrintToString(command);
+    for (const char* line :
+         {"", "frobnicate", "solve", "solve ''", "solve 2x=4 3x=9", "solve \xff", "notes --type Elsewhere",
+          "note", "note show ''", "note tag 2x=4 --add a,b", "note tag 2x=4 --add abcdefghijklmnopqrstu",
+          "settings set decimals 1", "settings set decimals 5.0", "settings set steps some", "language xx",
+          "image http://elsewhere.example/a.png --output a", "recognize /no/such/file"}) {
+        const Terminal::Outcome outcome = terminal_.run(wordsOf(line));
+        EXPECT_EQ(outcome.exitCode, 2) << line;
+        EXPECT_THAT(outcome.error, MatchesRegex("teralune: [^\n]+\n")) << line;
     }
     terminal_.environment.clear();
     expectRefusal({"sign-in", email}, 2,
                   "There is no terminal to ask for the password; set TERALUNE_PASSWORD.");
     EXPECT_THAT(service_->requestLog().requests(), IsEmpty());
-    EXPECT_EQ(terminal_.run({"solve", huge}).exitCode, 1);
+    EXPECT_EQ(terminal_.run({"solve", std::string(100'000, 'x')}).exitCode, 1);
     EXPECT_EQ(terminal_.run({"note", "show", "--help"}).exitCode, 0);
 }
 
@@ -245,13 +236,9 @@ TEST_F(TerminalTests, a_data_folder_that_cannot_be_used_is_refused_before_the_li
     EXPECT_EQ(in("made/with/parents").exitCode, 0);
     EXPECT_EQ(std::filesystem::status(terminal_.folder() / "made/with/parents").permissions(),
               std::filesystem::perms::owner_all);
-    const auto write = [&](const char* name, const std::string& bytes) {
-        std::filesystem::create_directories((terminal_.folder() / name).parent_path());
-        std::ofstream(terminal_.folder() / name) << bytes;
-    };
-    write("a-file", "");
-    write("torn/DataModel2.sqlite", "not a notebook at all");
-    write("odd/UserDefaults.sqlite", "not the settings at all");
+    terminal_.write("a-file", "");
+    terminal_.write("torn/DataModel2.sqlite", "not a notebook at all");
+    terminal_.write("odd/UserDefaults.sqlite", "not the settings at all");
     std::filesystem::create_directories(terminal_.folder() / "blocked/DataModel2.sqlite");
     for (const char* folder : {"a-file", "a-file/below", "torn", "odd", "blocked", "../../proc/no-such"}) {
         const Terminal::Outcome outcome = in(folder);

@@ -2,22 +2,13 @@
 #include "SolverService/Images/PngImage.h"
 #include "Tests/SolverService/ServiceClient.h"
 
+#include <boost/algorithm/hex.hpp>
 #include <gmock/gmock.h>
 
 namespace teralune::service {
 namespace {
 
 using CameraRoutes = ServiceTest;
-
-std::string hexadecimal(const std::string& bytes) {
-    std::string text;
-    for (const char byte : bytes) {
-        constexpr const char* digits = "0123456789abcdef";
-        text +=
-            {digits[static_cast<unsigned char>(byte) >> 4], digits[static_cast<unsigned char>(byte) & 15]};
-    }
-    return text;
-}
 
 std::string pngChunk(const std::string& type, const std::string& data) {
     return std::string{'\0', '\0', '\0', static_cast<char>(data.size())} + type + data + "crc.";
@@ -29,12 +20,9 @@ std::string multipart(const std::string& image, const std::string& fileName = ";
            fileName + "\r\n\r\n" + image + "\r\n--b0und--\r\n";
 }
 
-const std::string pngStart = "\x89PNG\r\n\x1A\n";
-const std::string path = "/api/getLatex?mode=&sessionid=s1&language=en";
-
 TEST(Images, carry_their_latex_in_a_png_that_every_reader_accepts) {
     // Written by another encoder: one pixel, its text "x".
-    EXPECT_EQ(hexadecimal(pngOf("x", 1, 1)),
+    EXPECT_EQ(boost::algorithm::hex_lower(pngOf("x", 1, 1)),
               "89504e470d0a1a0a0000000d49484452000000010000000108000000003a7e9b550000000b69"
               "5458744c61546558000000000078b2db4f670000000d494441547801010200fdff00f000f200"
               "f13e48dc430000000049454e44ae426082");
@@ -45,52 +33,48 @@ TEST(Images, carry_their_latex_in_a_png_that_every_reader_accepts) {
 
 TEST(Images, tell_their_latex_whichever_way_they_carry_it_and_never_more) {
     using namespace std::string_literals;
-    const struct {
-        std::string image;
-        std::optional<std::string> latex;
-    } cases[] = {
+    const std::string pngStart = "\x89PNG\r\n\x1A\n";
+    const std::pair<std::string, const char*> told[] = {
         {pngStart + pngChunk("IHDR", "13 bytes here") + pngChunk("tEXt", "LaTeX\0x=1"s), "x=1"},
         {pngStart + pngChunk("tEXt", "Author\0Ann"s) + pngChunk("iTXt", "LaTeX\0\0\0en\0LaTeX\0x=2"s), "x=2"},
-        {pngStart + pngChunk("iTXt", "LaTeX\0\1\0\0\0zzz"s), std::nullopt},
-        {pngStart + pngChunk("iTXt", "LaTeX\0\0\0no end"s), std::nullopt},
-        {pngStart + pngChunk("tEXt", "LaTeX\0\xFF\xFE"s), std::nullopt},
-        {pngStart + pngChunk("tEXt", "LaTeX\0"s), std::nullopt},
-        {pngStart + "\xFF\xFF\xFF\xFFtEXtLaTeX\0x"s, std::nullopt},
-        {pngStart + "\0\0\0\x7FtEXtLaTeX\0x=1crc."s, std::nullopt},
-        {pngStart, std::nullopt},
         {"\xFF\xD8\xFF\xE0\0\4ab\xFF\xFE\0\5x=3\xFF\xD9"s, "x=3"},
-        {"\xFF\xD8\xFF\xDA\0\2\xFF\xFE\0\5x=3"s, std::nullopt},
-        {"\xFF\xD8\xFF\xFE\0\xFFx=3"s, std::nullopt},
-        {"\xFF\xD8\xFF\xFE\0\1x=3"s, std::nullopt},
-        {"\xFF\xD8\xFF"s, std::nullopt},
-        {"GIF89a", std::nullopt},
-        {"", std::nullopt},
     };
-    for (const auto& each : cases) {
-        EXPECT_EQ(latexInImage(each.image), each.latex) << testing::PrintToString(each.image);
+    for (const auto& [image, latex] : told) {
+        EXPECT_EQ(latexInImage(image), latex);
+    }
+    for (const std::string& image :
+         {pngStart + pngChunk("iTXt", "LaTeX\0\1\0\0\0zzz"s),
+          pngStart + pngChunk("iTXt", "LaTeX\0\0\0no end"s), pngStart + pngChunk("tEXt", "LaTeX\0\xFF\xFE"s),
+          pngStart + pngChunk("tEXt", "LaTeX\0"s), pngStart + "\xFF\xFF\xFF\xFFtEXtLaTeX\0x"s,
+          pngStart + "\0\0\0\x7FtEXtLaTeX\0x=1crc."s, pngStart, "\xFF\xD8\xFF\xDA\0\2\xFF\xFE\0\5x=3"s,
+          "\xFF\xD8\xFF\xFE\0\xFFx=3"s, "\xFF\xD8\xFF\xFE\0\1x=3"s, "\xFF\xD8\xFF"s, "GIF89a"s, ""s}) {
+        EXPECT_EQ(latexInImage(image), std::nullopt) << testing::PrintToString(image);
     }
 }
 
 TEST_F(CameraRoutes, recognize_the_problem_of_an_uploaded_image) {
-    const std::string type = "multipart/form-data; boundary=b0und";
+    const auto upload = [&](const std::string& body,
+                            const std::string& type = "multipart/form-data; boundary=b0und") {
+        return client.postBody("/api/getLatex?mode=&sessionid=s1&language=en", body, type);
+    };
     const ClientReply image = client.get("/image?query=2x%2B1%3D5&width=64");
     EXPECT_EQ(image.header("Content-Type"), "image/png");
-    const boost::json::value found = client.postBody(path, multipart(image.body), type).json();
+    const boost::json::value found = upload(multipart(image.body)).json();
     EXPECT_EQ(found.at("success"), true);
     EXPECT_EQ(found.at("latex"), "2x+1=5");
     EXPECT_EQ(service->requestLog().requestsTo("/api/getLatex").at(0).body, multipart(image.body));
 
-    const boost::json::value nothing = client.postBody(path, multipart("no image"), type).json();
+    const boost::json::value nothing = upload(multipart("no image")).json();
     EXPECT_EQ(nothing.at("success"), false);
     EXPECT_TRUE(nothing.at("error").is_string());
     EXPECT_EQ(nothing.at("user_message_count"), 1);
 
-    EXPECT_EQ(client.postBody(path, multipart("x", ""), type).status, 400);
-    EXPECT_EQ(client.postBody(path, "x", "image/jpeg").status, 400);
+    EXPECT_EQ(upload("x", "image/jpeg").status, 400);
     for (const std::string& body :
-         {std::string(), std::string("--b0und"), std::string("--b0und\r\n\r\n"), std::string("--other--\r\n"),
-          multipart("x").substr(0, 150), multipart("x").substr(0, 60) + "\r\n--b0und--"}) {
-        EXPECT_EQ(client.postBody(path, body, type).status, 400) << body;
+         {multipart("x", ""), std::string(), std::string("--b0und"), std::string("--b0und\r\n\r\n"),
+          std::string("--other--\r\n"), multipart("x").substr(0, 150),
+          multipart("x").substr(0, 60) + "\r\n--b0und--"}) {
+        EXPECT_EQ(upload(body).status, 400) << body;
     }
 }
 

@@ -1,6 +1,5 @@
 #include "Tests/SolverService/ServiceClient.h"
 
-#include <cstdio>
 #include <gtest/gtest.h>
 #include <httplib.h>
 #include <stdexcept>
@@ -48,12 +47,16 @@ ClientReply ServiceClient::postBody(const std::string& target, const std::string
     return replyOf(httplib::Client("127.0.0.1", port_).Post(target, headersFor(token), body, contentType));
 }
 
-ClientReply ServiceClient::logIn(const std::string& email, const std::string& password) {
-    ClientReply reply = post("/mobileLogin", {{"lang", "en"}, {"email", email}, {"password", password}});
+void ServiceClient::adoptToken(const ClientReply& reply) {
     const boost::json::value answer = reply.json();
     if (const auto* jwt = answer.as_object().if_contains("jwt")) {
         token = boost::json::value_to<std::string>(*jwt);
     }
+}
+
+ClientReply ServiceClient::logIn(const std::string& email, const std::string& password) {
+    ClientReply reply = post("/mobileLogin", {{"lang", "en"}, {"email", email}, {"password", password}});
+    adoptToken(reply);
     return reply;
 }
 
@@ -76,12 +79,6 @@ std::unique_ptr<SolverService> startService(SolverService::Options options) {
         throw std::runtime_error(service.error().localizedDescription);
     }
     return std::move(service).value();
-}
-
-std::string temporaryFile(const std::string& name) {
-    const std::string file = testing::TempDir() + name + "-" + std::to_string(getpid());
-    std::remove(file.c_str());
-    return file;
 }
 
 std::string rawExchange(const SolverService& service, const std::string& bytes) {

@@ -37,6 +37,8 @@ public:
     ClientReply postBody(const std::string& target, const std::string& body,
                          const std::string& contentType) const;
 
+    /// Keeps the token of a reply that has one.
+    void adoptToken(const ClientReply& reply);
     /// Signs in and keeps the token.
     ClientReply logIn(const std::string& email = "demo@teralune.example",
                       const std::string& password = "teralune");
@@ -63,9 +65,6 @@ protected:
     std::unique_ptr<SolverService> service = startService();
     ServiceClient client{*service};
 };
-
-/// The path of a file that does not exist yet and that no other run of the tests uses.
-std::string temporaryFile(const std::string& name);
 
 /// Sends the bytes as they are and reads until the service closes.
 std::string rawExchange(const SolverService& service, const std::string& bytes);

@@ -1,9 +1,8 @@
 #include "Tests/SolverService/ServiceClient.h"
+#include "Tests/Support/TemporaryFolder.h"
 
 #include <csignal>
 #include <cstdio>
-#include <cstdlib>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <thread>
@@ -29,40 +28,34 @@ TEST(ServiceProgram, says_where_it_listens_and_ends_when_told) {
 }
 
 TEST(ServiceProgram, refuses_to_run_on_what_it_can_not_use) {
-    const std::string notData = temporaryFile("solver-service-no-data");
-    std::ofstream(notData) << std::string(5'000, 'x');
+    const TemporaryFolder folder;
+    const std::string notData = folder.write("data", std::string(5'000, 'x'));
     const auto service = startService();
     for (const std::string& arguments : {"--port " + std::to_string(service->port()), "--data " + notData,
                                          std::string("--notes /missing")}) {
         const int status = std::system(("\"" TERALUNE_SERVICE_PROGRAM "\" " + arguments).c_str());
-        EXPECT_TRUE(WIFEXITED(status)) << arguments;
-        EXPECT_EQ(WEXITSTATUS(status), 1) << arguments;
+        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 1) << arguments;
     }
 }
 
-TEST(SolverService, serves_many_clients_at_once_and_loses_nothing) {
-    const auto service = startService();
-    ServiceClient client(*service);
+TEST_F(ServiceTest, serves_many_clients_at_once_and_loses_nothing) {
     client.logIn();
     const std::size_t before = client.notebook().size();
-    constexpr int threads = 8;
-    constexpr int notes = 12;
-    std::vector<std::thread> running;
-    for (int thread = 0; thread < threads; ++thread) {
-        running.emplace_back([&client, thread] {
-            for (int note = 0; note < notes; ++note) {
+    constexpr std::size_t threads = 8;
+    constexpr std::size_t notes = 12;
+    std::vector<std::jthread> running(threads);
+    for (std::size_t thread = 0; thread < threads; ++thread) {
+        running[thread] = std::jthread([this, thread] {
+            for (std::size_t note = 0; note < notes; ++note) {
                 const std::string problem = "x=" + std::to_string(thread) + "." + std::to_string(note);
                 EXPECT_EQ(client.post("/api/notebook/addNote", {{"problem", problem}}).status, 200);
                 EXPECT_EQ(client.get("/api/hasWebNotes").body, "true");
             }
         });
     }
-    for (std::thread& thread : running) {
-        thread.join();
-    }
+    running.clear();
     EXPECT_EQ(client.notebook().size(), before + threads * notes);
-    EXPECT_EQ(service->requestLog().count("/api/notebook/addNote"),
-              static_cast<std::size_t>(threads * notes));
+    EXPECT_EQ(service->requestLog().count("/api/notebook/addNote"), threads * notes);
 }
 
 } // namespace
