@@ -20,7 +20,7 @@ constexpr std::int64_t halfPage = 2048;
 Fault armed;
 std::atomic<int> counted = 0;
 std::atomic<bool> hasStruck = false;
-std::atomic<Memory::Owner> memoryOwner = Memory::Owner::test;
+std::atomic<Owner> memoryOwner = Owner::test;
 std::atomic<std::int64_t> living = 0;
 std::filesystem::path disk;
 std::int64_t room = 0;
@@ -91,10 +91,6 @@ int writeFile(sqlite3_file* file, const void* bytes, int count, sqlite3_int64 of
     return realMethods->xWrite(file, bytes, count, offset);
 }
 
-int syncFile(sqlite3_file*, int) {
-    return strikes(Call::sync) ? outcome(SQLITE_IOERR_FSYNC) : SQLITE_OK;
-}
-
 /// The file keeps its own state behind the table of its methods, so exchanging the table is enough.
 int openFile(sqlite3_vfs*, const char* name, sqlite3_file* file, int flags, int* given) {
     file->pMethods = nullptr;
@@ -109,7 +105,9 @@ int openFile(sqlite3_vfs*, const char* name, sqlite3_file* file, int flags, int*
             changed.xRead = orFail<Call::read, SQLITE_IOERR_READ, &sqlite3_io_methods::xRead>;
             changed.xWrite = writeFile;
             changed.xTruncate = orFail<Call::truncate, SQLITE_IOERR_TRUNCATE, &sqlite3_io_methods::xTruncate>;
-            changed.xSync = syncFile;
+            changed.xSync = [](sqlite3_file*, int) {
+                return strikes(Call::sync) ? outcome(SQLITE_IOERR_FSYNC) : SQLITE_OK;
+            };
             if (changed.xShmMap != nullptr) {
                 realMethods = file->pMethods;
                 changed.xShmMap = orFail<Call::map, SQLITE_IOERR_SHMMAP, &sqlite3_io_methods::xShmMap>;
@@ -120,20 +118,10 @@ int openFile(sqlite3_vfs*, const char* name, sqlite3_file* file, int flags, int*
     return code;
 }
 
-int removeFile(sqlite3_vfs*, const char* name, int) {
-    return strikes(Call::remove) ? outcome(SQLITE_IOERR_DELETE) : realFiles->xDelete(realFiles, name, 0);
-}
+constexpr std::align_val_t usual{__STDCPP_DEFAULT_NEW_ALIGNMENT__};
 
-void* allocate(int size) {
-    return strikes(Call::allocate) ? nullptr : realMemory.xMalloc(size);
-}
-
-void* reallocate(void* memory, int size) {
-    return strikes(Call::allocate) ? nullptr : realMemory.xRealloc(memory, size);
-}
-
-void* makeObject(std::size_t size, std::align_val_t alignment) noexcept {
-    if (memoryOwner == Memory::Owner::library && strikes(Call::makeObject)) {
+void* makeObject(std::size_t size, std::align_val_t alignment = usual) noexcept {
+    if (memoryOwner == Owner::library && strikes(Call::makeObject)) {
         return nullptr;
     }
     const auto step = static_cast<std::size_t>(alignment);
@@ -141,7 +129,7 @@ void* makeObject(std::size_t size, std::align_val_t alignment) noexcept {
     return std::aligned_alloc(step, (std::max<std::size_t>(size, 1) + step - 1) / step * step);
 }
 
-void* makeOrThrow(std::size_t size, std::align_val_t alignment) {
+void* makeOrThrow(std::size_t size, std::align_val_t alignment = usual) {
     if (void* const memory = makeObject(size, alignment)) {
         return memory;
     }
@@ -153,26 +141,25 @@ void dropObject(void* memory) noexcept {
     std::free(memory);
 }
 
-constexpr std::align_val_t usual{__STDCPP_DEFAULT_NEW_ALIGNMENT__};
-
 } // namespace
 
 void installFaults() {
     sqlite3_config(SQLITE_CONFIG_GETMALLOC, &realMemory);
     sqlite3_mem_methods memory = realMemory;
-    memory.xMalloc = allocate;
-    memory.xRealloc = reallocate;
-    realFiles = nullptr;
-    if (sqlite3_config(SQLITE_CONFIG_MALLOC, &memory) == SQLITE_OK) {
-        realFiles = sqlite3_vfs_find(nullptr);
-    }
-    if (realFiles == nullptr) {
+    memory.xMalloc = [](int size) { return strikes(Call::allocate) ? nullptr : realMemory.xMalloc(size); };
+    memory.xRealloc = [](void* old, int size) {
+        return strikes(Call::allocate) ? nullptr : realMemory.xRealloc(old, size);
+    };
+    if (sqlite3_config(SQLITE_CONFIG_MALLOC, &memory) != SQLITE_OK) {
         std::abort();
     }
+    realFiles = sqlite3_vfs_find(nullptr);
     files = *realFiles;
     files.zName = "faulty";
     files.xOpen = openFile;
-    files.xDelete = removeFile;
+    files.xDelete = [](sqlite3_vfs*, const char* name, int) {
+        return strikes(Call::remove) ? outcome(SQLITE_IOERR_DELETE) : realFiles->xDelete(realFiles, name, 0);
+    };
     sqlite3_vfs_register(&files, 1);
     std::signal(SIGXFSZ, [](int) { hasStruck = true; });
     getrlimit(RLIMIT_FSIZE, &ownLimit);
@@ -200,10 +187,8 @@ bool disarmFault() {
     return hasStruck;
 }
 
-Memory::Memory(Owner owner) : before_(memoryOwner.exchange(owner)) {}
-
-Memory::~Memory() {
-    memoryOwner = before_;
+Owner exchangeMemoryOwner(Owner owner) {
+    return memoryOwner.exchange(owner);
 }
 
 std::int64_t livingObjects() {
@@ -223,27 +208,14 @@ extern "C" int renameat2(int fromFolder, const char* from, int toFolder, const c
 }
 
 // The forms for arrays come to these too, but with the address sanitizer, whose own they are.
-void* operator new(std::size_t size) {
-    return teralune::makeOrThrow(size, teralune::usual);
-}
-void* operator new(std::size_t size, std::align_val_t alignment) {
-    return teralune::makeOrThrow(size, alignment);
-}
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-    return teralune::makeObject(size, teralune::usual);
-}
-void* operator new(std::size_t size, std::align_val_t alignment, const std::nothrow_t&) noexcept {
-    return teralune::makeObject(size, alignment);
-}
-void operator delete(void* memory) noexcept {
-    teralune::dropObject(memory);
-}
-void operator delete(void* memory, std::size_t) noexcept {
-    teralune::dropObject(memory);
-}
-void operator delete(void* memory, std::align_val_t) noexcept {
-    teralune::dropObject(memory);
-}
-void operator delete(void* memory, std::size_t, std::align_val_t) noexcept {
-    teralune::dropObject(memory);
-}
+// clang-format off
+using std::size_t, std::align_val_t, std::nothrow_t;
+void* operator new(size_t size) { return teralune::makeOrThrow(size); }
+void* operator new(size_t size, align_val_t alignment) { return teralune::makeOrThrow(size, alignment); }
+void* operator new(size_t size, const nothrow_t&) noexcept { return teralune::makeObject(size); }
+void* operator new(size_t size, align_val_t alignment, const nothrow_t&) noexcept { return teralune::makeObject(size, alignment); }
+void operator delete(void* memory) noexcept { teralune::dropObject(memory); }
+void operator delete(void* memory, size_t) noexcept { teralune::dropObject(memory); }
+void operator delete(void* memory, align_val_t) noexcept { teralune::dropObject(memory); }
+void operator delete(void* memory, size_t, align_val_t) noexcept { teralune::dropObject(memory); }
+// clang-format on

@@ -46,24 +46,22 @@ void armFault(const Fault& fault, std::filesystem::path folder = {});
 /// Whether the fault came to pass since it was armed.
 bool disarmFault();
 
-/// Whose are the objects that C++ is asked memory for while one of these lives, on all threads: those of the
-/// library may fail, those of the test around it, which is in force at first, never do.
-class Memory {
-public:
-    enum class Owner : bool { test, library };
-    explicit Memory(Owner owner);
-    ~Memory();
-    Memory(const Memory&) = delete;
-    Memory& operator=(const Memory&) = delete;
-
-private:
-    const Owner before_;
-};
-/// Work of the library's.
+/// Whose are the objects that C++ is asked memory for, on all threads: those of the library may fail, those
+/// of the test around it never do.
+enum class Owner : bool { test, library };
+/// Returns who it was before, which at first is the test.
+Owner exchangeMemoryOwner(Owner owner);
+template<class Work>
+decltype(auto) withMemoryOf(Owner owner, const Work& work) {
+    struct Back {
+        const Owner before;
+        ~Back() { exchangeMemoryOwner(before); }
+    } const back{exchangeMemoryOwner(owner)};
+    return work();
+}
 template<class Work>
 decltype(auto) ofLibrary(const Work& work) {
-    const Memory memory(Memory::Owner::library);
-    return work();
+    return withMemoryOf(Owner::library, work);
 }
 /// How many pieces of C++'s memory are in use.
 std::int64_t livingObjects();

@@ -55,13 +55,10 @@ Scene scene(StoreWorld& world, const std::string& start, const std::function<voi
 /// Each operation that touches the disk.
 std::vector<Operation> storeOperations(StoreWorld& made) {
     using World = StoreWorld&;
-    using Run = bool (*)(World);
-    const Run merge = [](World world) { return world.merge(world.newList); };
-    const Run keepSteps = [](World world) { return world.keepSteps(); };
-    const Run addTag = [](World world) { return world.addTag(); };
-    const Run open = [](World world) { return world.open(); };
-    const Run openSettings = [](World world) { return world.openSettings(); };
-    const Run nothing = [](World) { return true; };
+    const auto open = &StoreWorld::open;
+    const auto keepSteps = &StoreWorld::keepSteps;
+    const auto merge = [](World world) { return world.merge(world.newList); };
+    const auto nothing = [](World) { return true; };
     const auto notes = [](World world) { return world.state(); };
     const auto setting = [](World world) { return std::to_string(world.setting()); };
     const Scene old = scene(made, "", [](World world) { world.merge(world.oldList); });
@@ -69,7 +66,7 @@ std::vector<Operation> storeOperations(StoreWorld& made) {
     const Scene both =
         scene(made, cached.bytes, [](World world) { world.mergeWithoutRemoving(world.newList); });
     const Scene all = scene(made, cached.bytes, merge);
-    const Scene tagged = scene(made, cached.bytes, addTag);
+    const Scene tagged = scene(made, cached.bytes, &StoreWorld::addTag);
     const Scene untagged = scene(
         made, cached.bytes, [](World world) { return world.query(), world.execute("DELETE FROM links"); });
     const std::string listed = made.listed;
@@ -88,20 +85,20 @@ std::vector<Operation> storeOperations(StoreWorld& made) {
         {"open", store, cached.bytes, nothing, open, notes, {cached.state}},
         {"migration", store, version1, nothing, open, notes, {migrated.state}},
         {"merge", store, cached.bytes, open, merge, notes, {cached.state, both.state, all.state}},
-        {"query", store, cached.bytes, open, [](World world) { return world.query(); },
+        {"query", store, cached.bytes, open, &StoreWorld::query,
          [](World world) { return world.close(), world.listed; }, {"", "failed", listed}},
         {"steps", store, old.bytes, open, keepSteps, notes, {old.state, cached.state}},
-        {"tag", store, cached.bytes, open, addTag, notes, {cached.state, tagged.state}},
-        {"sign-out", store, cached.bytes, open, [](World world) { return world.clear(); }, notes, {cached.state, untagged.state, ""}},
+        {"tag", store, cached.bytes, open, &StoreWorld::addTag, notes, {cached.state, tagged.state}},
+        {"sign-out", store, cached.bytes, open, &StoreWorld::clear, notes, {cached.state, untagged.state, ""}},
         {"close", store, cached.bytes, [](World world) { return world.open() && world.merge(world.newList); },
-         [](World world) { return world.close(); }, notes, {all.state}},
-        {"repair", store, damaged.bytes, nothing, [](World world) { return world.repair(); }, notes, {cached.state}, "reads"},
+         &StoreWorld::close, notes, {all.state}},
+        {"repair", store, damaged.bytes, nothing, &StoreWorld::repair, notes, {cached.state}, "reads"},
         // What can't be read a repair does without, and the next list brings it back.
         {"repair and list", store, damaged.bytes, nothing,
          [](World world) { return world.close() && world.repair() && world.open() && world.merge(world.newList); },
          [](World world) { return world.state(true); }, {"", cached.identifiers, both.identifiers, all.identifiers}, {}, "reads"},
         {"first settings", "", "", nothing, [](World world) { return world.openSettings() && world.set(2); }, setting, {"0", "2"}},
-        {"settings", StoreWorld::settingsName, settings, openSettings, [](World world) { return world.set(2); }, setting, {"1", "2"}},
+        {"settings", StoreWorld::settingsName, settings, &StoreWorld::openSettings, [](World world) { return world.set(2); }, setting, {"1", "2"}},
     };
     // clang-format on
 }
@@ -134,7 +131,7 @@ public:
         int status = 0;
         return waitpid(process_, &status, WUNTRACED) == process_ && WIFSTOPPED(status);
     }
-    void kill() const { ::kill(process_, SIGKILL); }
+    bool kill() { return ::kill(process_, SIGKILL) == 0 && wait(); }
     /// Whether it was killed; false when it has done all that it was to do.
     bool wait() {
         while (waitForRound()) {
@@ -223,31 +220,34 @@ protected:
     bool hasStruck = false;
 };
 
-TEST_F(StoreFaultTests, whatever_fails_is_reported_and_leaves_a_state_that_the_next_run_mends) {
+/// For each kind of fault.
+class StoreFaultSweeps : public StoreFaultTests, public testing::WithParamInterface<std::size_t> {};
+INSTANTIATE_TEST_SUITE_P(, StoreFaultSweeps, testing::Range<std::size_t>(0, std::size(faults)));
+
+TEST_P(StoreFaultSweeps, is_reported_and_leaves_a_state_that_the_next_run_mends) {
+    const auto& [name, calls, effects, stride] = faults[GetParam()];
+    std::string counts;
+    std::size_t allPoints = 0;
     for (const Operation& operation : storeOperations(world)) {
-        std::string counts;
-        std::size_t allPoints = 0;
-        attack(operation, {}); // so that what is made once is there
-        for (const auto& [name, calls, effects, stride] : faults) {
-            if (name == operation.spared || (!operation.only.empty() && name != operation.only)) {
-                continue;
-            }
-            std::size_t points = 0;
-            for (const Effect effect : effects) {
-                hasStruck = true;
-                for (int number = 1; hasStruck; number += isLong() ? 1 : stride) {
-                    attack(operation, {calls, number, effect});
-                    ASSERT_FALSE(HasFatalFailure()) << operation.name << ", " << name << " " << number
-                                                    << ", effect " << static_cast<int>(effect);
-                    points += hasStruck ? 1 : 0;
-                }
-            }
-            allPoints += points;
-            counts += points > 0 ? std::to_string(points) + " " + name + ", " : "";
+        if (name == operation.spared || (!operation.only.empty() && name != operation.only)) {
+            continue;
         }
-        printFaults(operation.name + " under a fault", allPoints,
-                    counts + "an allowed state, the failure told, the next run right, nothing leaked");
+        attack(operation, {}); // so that what is made once is there
+        std::size_t points = 0;
+        for (const Effect effect : effects) {
+            hasStruck = true;
+            for (int number = 1; hasStruck; number += isLong() ? 1 : stride) {
+                attack(operation, {calls, number, effect});
+                ASSERT_FALSE(HasFatalFailure()) << operation.name << ", " << name << " " << number
+                                                << ", effect " << static_cast<int>(effect);
+                points += hasStruck ? 1 : 0;
+            }
+        }
+        allPoints += points;
+        counts += points > 0 ? std::to_string(points) + " in " + operation.name + ", " : "";
     }
+    EXPECT_GT(allPoints, 0U);
+    printFaults(name, allPoints, counts + "an allowed state, the failure told, the next run right, no leak");
 }
 
 TEST(StoreMemoryTests, a_controller_that_gets_no_memory_ends_the_library_with_its_message) {
@@ -272,20 +272,6 @@ TEST(StoreMemoryTests, a_controller_that_gets_no_memory_ends_the_library_with_it
     printFaults("controller without an allocation of C++'s", ends, "fatal message, the next one opens");
 }
 
-/// What a kill between any two transactions of the first rounds leaves. Later rounds repeat them.
-std::vector<std::string> statesOfRounds(StoreWorld& world) {
-    std::vector<std::string> states{""};
-    const std::function<void()> parts[] = {
-        [&] { world.mergeWithoutRemoving(world.listOfRound(states.size() / 3 + 1)); },
-        [&] { world.merge(world.listOfRound(states.size() / 3 + 1)); }, [&] { world.keepSteps(); }};
-    for (int part = 0; part < 12; ++part) {
-        world.open();
-        parts[part % 3]();
-        states.push_back(world.state());
-    }
-    return states;
-}
-
 /// Rounds without end, from nothing on.
 Child rounds(StoreWorld& world) {
     return Child([&world](int ended) {
@@ -299,7 +285,16 @@ Child rounds(StoreWorld& world) {
 }
 
 TEST_F(StoreFaultTests, a_kill_at_any_moment_leaves_what_one_of_the_transactions_has_left) {
-    const std::vector<std::string> states = statesOfRounds(world);
+    // Between any two transactions of the first rounds. Later rounds repeat them.
+    std::vector<std::string> states{""};
+    for (int part = 0; part < 12; ++part) {
+        const std::string& list = world.listOfRound(part / 3 + 1);
+        world.open();
+        part % 3 == 0   ? world.mergeWithoutRemoving(list)
+        : part % 3 == 1 ? world.merge(list)
+                        : world.keepSteps();
+        states.push_back(world.state());
+    }
     std::mt19937 random(20190105);
     const std::size_t kills = faultCount(150, 4700);
     std::set<std::string> seen;
@@ -311,8 +306,7 @@ TEST_F(StoreFaultTests, a_kill_at_any_moment_leaves_what_one_of_the_transactions
         }
         for (std::atomic<std::uint_fast32_t> turns = random() % 2'000'000; turns > 0; --turns) {
         }
-        child.kill();
-        ASSERT_TRUE(child.wait());
+        ASSERT_TRUE(child.kill());
         const std::string state = world.state();
         ASSERT_THAT(states, testing::Contains(state)) << number;
         seen.insert(state);
@@ -328,33 +322,27 @@ TEST_F(StoreFaultTests, a_kill_at_any_moment_leaves_what_one_of_the_transactions
                 std::to_string(seen.size()) + " states, all allowed; settings of the last round or the next");
 }
 
-TEST_F(StoreFaultTests, a_store_in_use_elsewhere_is_not_repaired_and_works_on) {
-    Child child = rounds(world);
-    ASSERT_TRUE(child.waitForRound());
-    EXPECT_FALSE(world.repair());
-    EXPECT_EQ(world.lastFailure, "The notebook store is open elsewhere.");
+TEST_F(StoreFaultTests, a_store_in_use_elsewhere_works_on_and_is_not_repaired_nor_opened_amid_a_repair) {
+    const auto isRefused = [this] {
+        return !world.repair() && world.lastFailure == "The notebook store is open elsewhere.";
+    };
+    Child user = rounds(world);
+    ASSERT_TRUE(user.waitForRound());
+    EXPECT_TRUE(isRefused());
     ASSERT_TRUE(world.open()) << world.lastFailure;
-    EXPECT_TRUE(world.query());
-    EXPECT_TRUE(world.merge(world.newList)) << "one waits for the other";
-    ASSERT_TRUE(child.waitForRound());
-    child.kill();
-    EXPECT_TRUE(child.wait());
+    EXPECT_TRUE(world.query() && world.merge(world.newList)) << "one waits for the other";
+    ASSERT_TRUE(user.waitForRound());
+    EXPECT_TRUE(user.kill());
     EXPECT_TRUE(world.query() && world.merge(world.oldList));
-}
-
-TEST_F(StoreFaultTests, a_repair_keeps_everybody_away_until_the_new_store_is_in_place) {
-    ASSERT_TRUE(world.open() && world.merge(world.oldList));
     const std::string sound = world.state();
     world.place(StoreWorld::storeName, "s" + world.bytes().substr(1));
-    Child child([this](int) {
+    Child repairer([this](int) {
         armFault({Fault::bit(Call::rename), 1, Effect::stops});
         return world.repair();
     });
-    ASSERT_TRUE(child.waitForStop()) << "before it renames the draft";
-    EXPECT_FALSE(world.repair());
-    EXPECT_EQ(world.lastFailure, "The notebook store is open elsewhere.");
-    child.kill();
-    EXPECT_TRUE(child.wait() && world.repair()) << world.lastFailure;
+    ASSERT_TRUE(repairer.waitForStop()) << "before it renames the draft";
+    EXPECT_TRUE(isRefused());
+    EXPECT_TRUE(repairer.kill() && world.repair()) << world.lastFailure;
     EXPECT_EQ(world.state(), sound);
 }
 

@@ -64,8 +64,7 @@ public:
     }
     bool merge(const std::string& list) {
         const boost::json::value parsed = parseJson(list).value();
-        ofLibrary([&] { repository_->insertNotebookEntries(parsed.get_array()); });
-        return !hasFailed();
+        return does([&] { repository_->insertNotebookEntries(parsed.get_array()); });
     }
     /// As if the second of the merge's transactions were missing.
     bool mergeWithoutRemoving(const std::string& list) {
@@ -93,23 +92,20 @@ public:
         listed = failed ? "failed" : listed;
         return !failed;
     }
-    bool keepSteps(const std::string& problem) {
+    bool keepStepsOf(const std::string& problem) {
         const std::string steps(textLength_ * 10, 's');
-        ofLibrary([&] { repository_->updateProblemWithSteps(problem, steps); });
-        return !hasFailed();
+        return does([&] { repository_->updateProblemWithSteps(problem, steps); });
     }
-    bool keepSteps() { return keepSteps(cachedProblem); }
+    bool keepSteps() { return keepStepsOf(cachedProblem); }
     /// A tag for the newest note, which must then say that it bears it.
     bool addTag() {
         const std::optional<std::vector<std::string>> added{{"a tag that is longer than others"}};
         std::vector<NotebookEntry> notes = repository_->entriesForFilter(Filter());
-        if (!notes.empty()) {
-            ofLibrary([&] { notes[0].setTags(added, *context_, reporter_); });
-        }
-        return !hasFailed() && notes[0].tagStrings().back() == added->front();
+        return !hasFailed() && does([&] { notes[0].setTags(added, *context_, reporter_); }) &&
+               notes[0].tagStrings().back() == added->front();
     }
     bool clear() {
-        return ofLibrary([&] { repository_->clear(); }), !hasFailed();
+        return does([&] { repository_->clear(); });
     }
     bool openSettings() {
         SqliteUserDefaults::FailureReporter reporter = [this](const Error& e) { reporter_.recordError(e); };
@@ -118,10 +114,9 @@ public:
         return told(opened);
     }
     bool set(std::int64_t value) {
-        ofLibrary([&] { settings_->set(key, value); });
-        const bool failed = hasFailed();
-        const std::int64_t now = ofLibrary([&] { return settings_->integer(key); });
-        return now == value && !failed && !hasFailed();
+        std::int64_t now = 0;
+        const bool isSet = does([&] { settings_->set(key, value); });
+        return does([&] { now = settings_->integer(key); }) && isSet && now == value;
     }
     bool repair() {
         const PlatformServices::Locations locations{
@@ -131,13 +126,13 @@ public:
         return told(repaired);
     }
     bool close() {
-        ofLibrary([&] {
+        does([&] {
             settings_.reset();
             repository_.reset();
             context_.reset();
             coordinator_.reset();
         });
-        return hasFailed(), true;
+        return true;
     }
     bool execute(const std::string& sql) { return told(coordinator_->writer()->execute(sql)); }
 
@@ -146,27 +141,22 @@ public:
     /// One line for each note with all that it says, or just its identifier and tags, which no damage of
     /// another text can change; "damaged: …" where the store is not whole, or says of a note what is not so.
     std::string state(bool identifiersOnly = false) {
+        static constexpr const char* whole =
+            "SELECT (SELECT group_concat(integrity_check) = 'ok' FROM pragma_integrity_check) AND NOT EXISTS("
+            "SELECT 1 FROM pragma_foreign_key_check) AND NOT EXISTS(SELECT 1 FROM entries WHERE isCached <> "
+            "EXISTS(SELECT 1 FROM steps WHERE entryID = id AND lastCached IS NOT NULL))";
+        const std::string rest = "|| ifnull(problem, '') || ' ' || ifnull(notes, '') || ' ' || ifnull("
+                                 "(SELECT hex(stepsData) FROM steps WHERE entryID = entries.id), '')";
+        const std::string lines =
+            "SELECT group_concat(line, char(10)) FROM (SELECT remoteID || ' ' || ifnull((SELECT "
+            "group_concat(tagText) FROM (SELECT tagText FROM links JOIN tags ON tags.id = tagID WHERE "
+            "entryID = entries.id ORDER BY tagText)), '')" +
+            (identifiersOnly ? "" : rest) + " AS line FROM entries ORDER BY remoteID)";
         close();
-        std::string found = "damaged: ";
-        if (!open()) {
-            found += lastFailure;
-        } else if (
-            number(
-                "SELECT (SELECT count(*) FROM pragma_integrity_check WHERE integrity_check <> 'ok') + "
-                "(SELECT count(*) FROM pragma_foreign_key_check) + (SELECT count(*) FROM entries WHERE "
-                "isCached <> EXISTS(SELECT 1 FROM steps WHERE entryID = id AND lastCached IS NOT NULL))") !=
-            0) {
-            found += "not whole";
-        } else {
-            const std::string rest = "|| ifnull(problem, '') || ' ' || ifnull(notes, '') || ' ' || ifnull("
-                                     "(SELECT hex(stepsData) FROM steps WHERE entryID = entries.id), '')";
-            Statement query = coordinator_->reader()->statement(
-                "SELECT group_concat(line, char(10)) FROM (SELECT remoteID || ' ' || ifnull((SELECT "
-                "group_concat(tagText) FROM (SELECT tagText FROM links JOIN tags ON tags.id = tagID WHERE "
-                "entryID = "
-                "entries.id ORDER BY tagText)), '') " +
-                    (identifiersOnly ? "" : rest) + " AS line FROM entries ORDER BY remoteID)",
-                Database::Reuse::once);
+        const bool isWhole = open() && number(whole) == 1;
+        std::string found = "damaged: " + lastFailure;
+        if (isWhole) {
+            Statement query = coordinator_->reader()->statement(lines, Database::Reuse::once);
             found = query.nextRow() ? query.optionalString(0).value_or("") : found + "unreadable";
         }
         close();
@@ -222,8 +212,7 @@ private:
     class Reporter final : public CrashReporterType {
     public:
         void recordError(const Error& error) override {
-            const Memory memory(Memory::Owner::test);
-            failures.push_back(error.localizedDescription);
+            withMemoryOf(Owner::test, [&] { failures.push_back(error.localizedDescription); });
         }
         void recordError(const Error& error, const UserInfo&) override { recordError(error); }
         void TRL_CLSNSLogv(std::string_view, std::span<const FormatArgument>) override {}
@@ -246,6 +235,12 @@ private:
     bool told(const Outcome& outcome) {
         lastFailure = outcome ? lastFailure : outcome.error().localizedDescription;
         return outcome.succeeded();
+    }
+    /// Whether nothing was reported.
+    template<class Work>
+    bool does(const Work& work) {
+        ofLibrary(work);
+        return !hasFailed();
     }
     /// Since it was last asked.
     bool hasFailed() {
