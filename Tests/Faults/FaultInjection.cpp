@@ -38,9 +38,7 @@ bool strikes(Call call) {
         return false;
     }
     const int number = ++counted;
-    const bool lasts =
-        armed.effect == Fault::Effect::failsFromThenOn || armed.effect == Fault::Effect::isFullFromThenOn;
-    const bool isIt = lasts ? number >= armed.number : number == armed.number;
+    const bool isIt = armed.lasts ? number >= armed.number : number == armed.number;
     hasStruck = hasStruck || isIt;
     return isIt;
 }
@@ -53,9 +51,7 @@ int outcome(int code) {
     if (armed.effect == Fault::Effect::stops) {
         raise(SIGSTOP);
     }
-    const bool isFull =
-        armed.effect == Fault::Effect::isFull || armed.effect == Fault::Effect::isFullFromThenOn;
-    return isFull ? SQLITE_FULL : code;
+    return armed.effect == Fault::Effect::isFull ? SQLITE_FULL : code;
 }
 
 /// The index of a log is no file that a disk without room would lack room for.

@@ -24,17 +24,16 @@ enum class Call : std::uint8_t {
 struct Fault {
     enum class Effect : std::uint8_t {
         fails,
-        failsFromThenOn,
-        isFull,           ///< "disk full" instead of the call's own error
-        isFullFromThenOn, ///< the same for all later ones
-        fillsDisk,        ///< the folder has room for that many half pages less one beyond what it holds
-        limitsFiles,      ///< the system lets no file of the process grow beyond as many
-        stops,            ///< the process stands still, until it is killed
-        kills             ///< the process is gone; of a write, half has reached the file
+        isFull,      ///< "disk full" instead of the call's own error
+        fillsDisk,   ///< the folder has room for that many half pages less one beyond what it holds
+        limitsFiles, ///< the system lets no file of the process grow beyond as many
+        stops,       ///< the process stands still, until it is killed
+        kills        ///< the process is gone; of a write, half has reached the file
     };
     std::uint32_t calls = 0; ///< bits of the kinds, from bit()
     int number = 0;
     Effect effect = Effect::fails;
+    bool lasts = false; ///< all later calls of these kinds go wrong too
 
     static constexpr std::uint32_t bit(Call call) { return 1U << static_cast<unsigned>(call); }
 };

@@ -151,28 +151,28 @@ private:
 constexpr std::uint32_t changingCalls =
     ~(Fault::bit(Call::read) | Fault::bit(Call::allocate) | Fault::bit(Call::makeObject));
 
-/// What can go wrong, in which ways, and every which point is taken in the short form.
+/// What can go wrong, in which ways, whether once and from then on, and every which point the short form
+/// takes.
 const struct {
     const char* name;
     std::uint32_t calls;
-    std::vector<Effect> effects;
+    std::vector<Effect> effects = {Effect::fails};
+    std::vector<bool> lasting = {false, true};
     int stride = 1;
 } faults[] = {
-    {"reads", Fault::bit(Call::read), {Effect::fails, Effect::failsFromThenOn}},
-    {"writes",
-     Fault::bit(Call::write),
-     {Effect::fails, Effect::failsFromThenOn, Effect::isFull, Effect::isFullFromThenOn}},
-    {"syncs", Fault::bit(Call::sync), {Effect::fails, Effect::failsFromThenOn}},
-    {"truncations", Fault::bit(Call::truncate), {Effect::fails, Effect::failsFromThenOn}},
-    {"openings", Fault::bit(Call::open), {Effect::fails, Effect::failsFromThenOn}},
-    {"removals", Fault::bit(Call::remove), {Effect::fails, Effect::failsFromThenOn}},
-    {"mappings", Fault::bit(Call::map), {Effect::fails, Effect::failsFromThenOn}},
-    {"renamings", Fault::bit(Call::rename), {Effect::fails, Effect::failsFromThenOn}},
-    {"allocations of SQLite's", Fault::bit(Call::allocate), {Effect::fails, Effect::failsFromThenOn}, 61},
-    {"allocations of C++'s", Fault::bit(Call::makeObject), {Effect::fails, Effect::failsFromThenOn}, 7},
-    {"sizes of a disk", 0, {Effect::fillsDisk}},
-    {"limits of a file", 0, {Effect::limitsFiles}},
-    {"kills", changingCalls, {Effect::kills}, 2},
+    {"reads", Fault::bit(Call::read)},
+    {"writes", Fault::bit(Call::write), {Effect::fails, Effect::isFull}},
+    {"syncs", Fault::bit(Call::sync)},
+    {"truncations", Fault::bit(Call::truncate)},
+    {"openings", Fault::bit(Call::open)},
+    {"removals", Fault::bit(Call::remove)},
+    {"mappings", Fault::bit(Call::map)},
+    {"renamings", Fault::bit(Call::rename)},
+    {.name = "allocations of SQLite's", .calls = Fault::bit(Call::allocate), .stride = 61},
+    {.name = "allocations of C++'s", .calls = Fault::bit(Call::makeObject), .stride = 7},
+    {"sizes of a disk", 0, {Effect::fillsDisk}, {false}},
+    {"limits of a file", 0, {Effect::limitsFiles}, {false}},
+    {"kills", changingCalls, {Effect::kills}, {false}, 2},
 };
 
 /// Of the process, while no store is open: descriptors, bytes of SQLite's, pieces of C++'s memory.
@@ -188,17 +188,15 @@ protected:
         world.place(operation.startName, operation.start);
         const std::array<std::int64_t, 3> before = resources();
         bool succeeded = false;
-        if (fault.effect == Effect::kills) {
-            Child child([&](int) {
-                const bool opened = operation.opening(world);
-                armFault(fault);
-                return opened && operation.run(world) && world.close();
-            });
-            hasStruck = child.wait();
-        } else {
-            ASSERT_TRUE(operation.opening(world));
+        const auto runUnderFault = [&] {
+            const bool opened = operation.opening(world);
             armFault(fault, folder.path());
-            succeeded = operation.run(world);
+            return opened && operation.run(world);
+        };
+        if (fault.effect == Effect::kills) {
+            hasStruck = Child([&](int) { return runUnderFault() && world.close(); }).wait();
+        } else {
+            succeeded = runUnderFault();
             hasStruck = disarmFault();
             ASSERT_TRUE(succeeded || hasStruck) << world.lastFailure;
         }
@@ -225,7 +223,7 @@ class StoreFaultSweeps : public StoreFaultTests, public testing::WithParamInterf
 INSTANTIATE_TEST_SUITE_P(, StoreFaultSweeps, testing::Range<std::size_t>(0, std::size(faults)));
 
 TEST_P(StoreFaultSweeps, is_reported_and_leaves_a_state_that_the_next_run_mends) {
-    const auto& [name, calls, effects, stride] = faults[GetParam()];
+    const auto& [name, calls, effects, lasting, stride] = faults[GetParam()];
     std::string counts;
     std::size_t allPoints = 0;
     for (const Operation& operation : storeOperations(world)) {
@@ -235,12 +233,14 @@ TEST_P(StoreFaultSweeps, is_reported_and_leaves_a_state_that_the_next_run_mends)
         attack(operation, {}); // so that what is made once is there
         std::size_t points = 0;
         for (const Effect effect : effects) {
-            hasStruck = true;
-            for (int number = 1; hasStruck; number += isLong() ? 1 : stride) {
-                attack(operation, {calls, number, effect});
-                ASSERT_FALSE(HasFatalFailure()) << operation.name << ", " << name << " " << number
-                                                << ", effect " << static_cast<int>(effect);
-                points += hasStruck ? 1 : 0;
+            for (const bool lasts : lasting) {
+                hasStruck = true;
+                for (int number = 1; hasStruck; number += isLong() ? 1 : stride) {
+                    SCOPED_TRACE(operation.name + ", " + name + " " + std::to_string(number) +
+                                 (effect == Effect::isFull ? ", full" : "") + (lasts ? ", lasting" : ""));
+                    ASSERT_NO_FATAL_FAILURE(attack(operation, {calls, number, effect, lasts}));
+                    points += hasStruck ? 1 : 0;
+                }
             }
         }
         allPoints += points;
@@ -253,10 +253,10 @@ TEST_P(StoreFaultSweeps, is_reported_and_leaves_a_state_that_the_next_run_mends)
 TEST(StoreMemoryTests, a_controller_that_gets_no_memory_ends_the_library_with_its_message) {
     const TemporaryFolder folder;
     std::size_t ends = 0;
-    for (const Effect effect : {Effect::fails, Effect::failsFromThenOn}) {
+    for (const bool lasts : {false, true}) {
         bool hasStruck = true;
         for (int number = 1; hasStruck; number += isLong() ? 1 : 7) {
-            const Fault fault{Fault::bit(Call::makeObject), number, effect};
+            const Fault fault{Fault::bit(Call::makeObject), number, Effect::fails, lasts};
             const auto hasEnded = [&](int status) {
                 hasStruck = !WIFEXITED(status) || WEXITSTATUS(status) != 0;
                 ends += WIFSIGNALED(status) ? 1 : 0;
