@@ -5,8 +5,6 @@
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
-#include <fstream>
-#include <iterator>
 #include <spawn.h>
 #include <stdexcept>
 #include <sys/wait.h>
@@ -15,11 +13,6 @@
 
 namespace teralune {
 namespace {
-
-std::string contentsOf(const std::filesystem::path& file) {
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
 
 /// The tester's own, without what would change what the program does.
 std::map<std::string, std::string> plainEnvironment() {
@@ -77,7 +70,7 @@ bool Terminal::keeps(std::string_view text, std::string_view namePrefix) const {
     const std::filesystem::directory_iterator files(dataFolder());
     return std::any_of(begin(files), end(files), [&](const std::filesystem::directory_entry& file) {
         return file.path().filename().string().starts_with(namePrefix) &&
-               contentsOf(file.path()).find(text) != std::string::npos;
+               TemporaryFolder::read(file.path()).find(text) != std::string::npos;
     });
 }
 
@@ -114,8 +107,8 @@ Terminal::Outcome Terminal::Running::wait() {
     }
     int status = 0;
     ::waitpid(std::exchange(process_, -1), &status, 0);
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), contentsOf(outputFile_),
-            error_};
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status),
+            TemporaryFolder::read(outputFile_), error_};
 }
 
 } // namespace teralune

@@ -35,6 +35,11 @@ public:
         std::ofstream(file, std::ios::binary) << contents;
         return file;
     }
+    /// The bytes of any file; none where there is no such file.
+    static std::string read(const std::filesystem::path& file) {
+        std::ifstream stream(file, std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
 
 private:
     explicit TemporaryFolder(const std::filesystem::path& parent) {

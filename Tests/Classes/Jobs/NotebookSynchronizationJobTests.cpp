@@ -2,6 +2,7 @@
 #include "Classes/Jobs/NotebookSynchronizationJob.h"
 #include "Tests/Support/FakeStoreApplication.h"
 
+#include <boost/json/parse.hpp>
 #include <gmock/gmock.h>
 
 #include <thread>
@@ -128,6 +129,23 @@ TEST_F(SynchronizationJob,
     }
 }
 
+TEST_F(SynchronizationJob, a_failed_list_download_keeps_the_notes_and_parks_the_job_for_good) {
+    repository().insertNotebookEntries(boost::json::parse("[" + note(1) + "]").as_array());
+    for (const auto& [status, body] : {std::pair(500, "[]"), std::pair(200, R"({"notes":[]})"),
+                                       std::pair(200, "[1,2]"), std::pair(200, "[{")}) {
+        NotebookSynchronizationJob next{application};
+        next.runSynchronizationJob();
+        application.run();
+        answer(status, body);
+        const std::size_t askedBefore = asked().size();
+        next.runSynchronizationJob();
+        application.run();
+        EXPECT_EQ(next.phase(), Phase::parked) << body;
+        EXPECT_EQ(asked().size(), askedBefore) << body;
+        EXPECT_EQ(repository().noteCount(), 1) << body;
+    }
+}
+
 TEST_F(SynchronizationJob, a_stop_lets_the_step_in_flight_be_stored_and_ends_the_phase) {
     start();
     answer(200, "[" + note(1) + "," + note(2) + "]");
@@ -143,14 +161,6 @@ TEST_F(SynchronizationJob, a_stop_lets_the_step_in_flight_be_stored_and_ends_the
     start();
     answer(200, "[" + note(1) + "," + note(2) + "]");
     EXPECT_THAT(asked().back(), StartsWith("/pub_api/steps?query=x=1&")) << "a new run takes the stop back";
-}
-
-TEST_F(SynchronizationJob, a_note_without_a_text_is_asked_for_like_any_other) {
-    start();
-    answer(
-        200,
-        R"([{"_id":"1","problem":"","savedFrom":"Solutions","lastChange":"","date":"Jan 05, 2019 03:04:05 PM"}])");
-    EXPECT_THAT(asked().back(), StartsWith("/pub_api/steps?query=&"));
 }
 
 TEST_F(SynchronizationJob, others_ask_for_a_run_by_a_notification) {
