@@ -16,46 +16,37 @@ protected:
 };
 
 TEST_F(Settings, each_text_has_its_own_key_and_goes_when_set_absent) {
-    using Getter = std::optional<std::string> (SettingsPersistence::*)() const;
-    using Setter = void (SettingsPersistence::*)(const std::optional<std::string>&);
     using S = SettingsPersistence;
-    const struct {
-        const char* key;
-        Getter get;
-        Setter set;
-    } rows[] = {
-        {"UserChosenLanguage", &S::userChosenLanguage, &S::setUserChosenLanguage},
-        {"connectedID", &S::connectedID, &S::setConnectedID},
-        {"AccessToken", &S::accessToken, &S::setAccessToken},
-        {"firstName", &S::firstName, &S::setFirstName},
-        {"lastName", &S::lastName, &S::setLastName},
-        {"userEmail", &S::userEmail, &S::setUserEmail},
-        {"CurrentGraphJson", &S::currentGraphJson, &S::setCurrentGraphJson},
-        {"LastSelectedTopicIdentifier", &S::lastSelectedTopicIdentifier, &S::setLastSelectedTopicIdentifier},
-        {"LastSelectedSubjectIdentifier", &S::lastSelectedSubjectIdentifier,
-         &S::setLastSelectedSubjectIdentifier},
-    };
-    for (const auto& row : rows) {
-        EXPECT_EQ((settings.*row.get)(), std::nullopt) << row.key;
-        (settings.*row.set)(std::string("value of ") + row.key);
+    const std::tuple<std::string, std::optional<std::string> (S::*)() const,
+                     void (S::*)(const std::optional<std::string>&)>
+        rows[] = {
+            {"UserChosenLanguage", &S::userChosenLanguage, &S::setUserChosenLanguage},
+            {"connectedID", &S::connectedID, &S::setConnectedID},
+            {"AccessToken", &S::accessToken, &S::setAccessToken},
+            {"firstName", &S::firstName, &S::setFirstName},
+            {"lastName", &S::lastName, &S::setLastName},
+            {"userEmail", &S::userEmail, &S::setUserEmail},
+            {"CurrentGraphJson", &S::currentGraphJson, &S::setCurrentGraphJson},
+            {"LastSelectedTopicIdentifier", &S::lastSelectedTopicIdentifier,
+             &S::setLastSelectedTopicIdentifier},
+            {"LastSelectedSubjectIdentifier", &S::lastSelectedSubjectIdentifier,
+             &S::setLastSelectedSubjectIdentifier},
+        };
+    for (const auto& [key, get, set] : rows) {
+        EXPECT_EQ((settings.*get)(), std::nullopt) << key;
+        (settings.*set)("value of " + key);
     }
-    for (const auto& row : rows) {
-        EXPECT_EQ(defaults->string(row.key), std::string("value of ") + row.key);
-        EXPECT_EQ((settings.*row.get)(), defaults->string(row.key));
-        (settings.*row.set)(std::nullopt);
-        EXPECT_EQ(defaults->value(row.key), std::nullopt) << row.key;
+    for (const auto& [key, get, set] : rows) {
+        EXPECT_EQ(defaults->string(key), "value of " + key);
+        EXPECT_EQ((settings.*get)(), defaults->string(key));
+        (settings.*set)(std::nullopt);
+        EXPECT_EQ(defaults->value(key), std::nullopt) << key;
     }
 }
 
 TEST_F(Settings, stored_integers_are_read_by_their_encoding) {
     constexpr std::int64_t least = std::numeric_limits<std::int64_t>::min();
-    const struct {
-        std::int64_t stored;
-        StepOption steps;
-        LoginType login;
-        bool suggestions;
-        std::int64_t decimals;
-    } rows[] = {
+    const std::tuple<std::int64_t, StepOption, LoginType, bool, std::int64_t> rows[] = {
         {0, StepOption::showSteps, LoginType::email, true, 5},
         {1, StepOption::hideSteps, LoginType::facebook, true, 1},
         {2, StepOption::stepByStep, LoginType::office365, false, 2},
@@ -65,13 +56,13 @@ TEST_F(Settings, stored_integers_are_read_by_their_encoding) {
         {-1, StepOption::showSteps, LoginType::none, false, -1},
         {least, StepOption::showSteps, LoginType::none, false, least},
     };
-    for (const auto& row : rows) {
+    for (const auto& [stored, steps, login, suggestions, decimals] : rows) {
         for (const char* key : {"StepOption", "LoginType", "SuggestionPreference", "NumDecimalDisplay"})
-            defaults->set(key, row.stored);
-        EXPECT_EQ(settings.steps(), row.steps) << row.stored;
-        EXPECT_EQ(settings.loginType(), row.login) << row.stored;
-        EXPECT_EQ(settings.suggestionPreference(), row.suggestions) << row.stored;
-        EXPECT_EQ(settings.numDecimalDisplay(), row.decimals) << row.stored;
+            defaults->set(key, stored);
+        EXPECT_EQ(settings.steps(), steps) << stored;
+        EXPECT_EQ(settings.loginType(), login) << stored;
+        EXPECT_EQ(settings.suggestionPreference(), suggestions) << stored;
+        EXPECT_EQ(settings.numDecimalDisplay(), decimals) << stored;
     }
     settings.setSuggestionPreference(false);
     settings.setSteps(StepOption::stepByStep);

@@ -12,18 +12,10 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-/// Notes at which moment it was stopped.
-class RecordingJob final : public NotebookSynchronizationJobType {
-public:
-    explicit RecordingJob(SettingsPersistenceType& settings) : settings_(settings) {}
-    void runSynchronizationJob() override {}
-    void stopJob() override { wasSignedInWhenStopped = settings_.connectedID().has_value(); }
-    void waitForCompletion() override {}
-
-    std::optional<bool> wasSignedInWhenStopped;
-
-private:
-    SettingsPersistenceType& settings_;
+struct MockJob : NotebookSynchronizationJobType {
+    MOCK_METHOD(void, runSynchronizationJob, (), (override));
+    MOCK_METHOD(void, stopJob, (), (override));
+    MOCK_METHOD(void, waitForCompletion, (), (override));
 };
 
 class AccountModel : public testing::Test {
@@ -37,7 +29,7 @@ protected:
     FakeApplication& application = host.application;
     SettingsPersistence& settings = application.settings;
     UserAccountModel model{application};
-    RecordingJob job{settings};
+    testing::StrictMock<MockJob> job;
 };
 
 TEST_F(AccountModel, only_a_reply_of_texts_with_id_and_token_signs_in) {
@@ -151,10 +143,12 @@ TEST_F(AccountModel,
                 .get_array());
         EXPECT_EQ(host.dataController->notebookEntryRepository().noteCount(), 1);
         const std::size_t sentBefore = host.sent().size();
+        EXPECT_CALL(job, stopJob).WillOnce([this] {
+            EXPECT_TRUE(model.isLoggedIn()) << "the job is stopped before anything is cleared";
+        });
         chosenByTheUser ? model.logOut() : model.logoutUserAndPromptForLogin();
         application.run();
 
-        EXPECT_EQ(job.wasSignedInWhenStopped, true) << "the job is stopped before anything is cleared";
         EXPECT_FALSE(model.isLoggedIn());
         EXPECT_EQ(host.dataController->notebookEntryRepository().noteCount(), 0);
         if (chosenByTheUser) {

@@ -2,12 +2,8 @@
 
 #include "Classes/Interfaces/NetworkReachabilityType.h"
 #include "Classes/Interfaces/NotebookEntryRepositoryType.h"
-#include "Classes/Model/CoreData/DataController.h"
 #include "Classes/Model/SolutionStepsFetchingStrategy.h"
-#include "Classes/Networking/Networking.h"
-#include "Platform/Dispatch/QueuePool.h"
-#include "Tests/Support/FakeApplication.h"
-#include "Tests/Support/TemporaryFolder.h"
+#include "Tests/Support/FakeStoreApplication.h"
 
 #include <boost/json/object.hpp>
 #include <gtest/gtest.h>
@@ -38,12 +34,6 @@ struct Surroundings final : NetworkReachabilityType, LoggerType, NoteFetchingStr
 
 struct NoteDataFinderTest : testing::Test {
     NoteDataFinderTest() {
-        PlatformServices& services = application.fakePlatform.services;
-        services.documentsDirectories = {documents.path()};
-        // The store waits for this queue, so it needs a thread.
-        services.defaultQueue = services.queuePool->makeConcurrentQueue("default");
-        controller.emplace(application);
-        application.dataControllerService = &*controller;
         application.networkReachabilityService = surroundings;
         application.loggerService = surroundings;
     }
@@ -55,13 +45,12 @@ struct NoteDataFinderTest : testing::Test {
                              {"problem", problem},
                              {"savedFrom", "Solutions"},
                              {"lastChange", "1"},
-                             {"date", "2020-01-01T00:00:00.000Z"},
-                             {"topic", "Algebra"},
-                             {"isFavorite", false},
-                             {"tags", boost::json::array()}});
+                             {"date", ""},
+                             {"topic", "Algebra"}});
         }
-        controller->notebookEntryRepository().insertNotebookEntries(notes);
-        controller->notebookEntryRepository().updateProblemWithSteps(problem, "[cached]");
+        NotebookEntryRepositoryType& repository = host.dataController->notebookEntryRepository();
+        repository.insertNotebookEntries(notes);
+        repository.updateProblemWithSteps(problem, "[cached]");
     }
     /// "steps|topic" of a success or the message of a failure; both of them, should both come.
     std::string find(const std::string& noteQuery, ForceWeb forceWeb = {}) {
@@ -75,9 +64,8 @@ struct NoteDataFinderTest : testing::Test {
         return outcome;
     }
 
-    TemporaryFolder documents;
-    FakeApplication application;
-    std::optional<DataController> controller;
+    FakeStoreApplication host;
+    FakeApplication& application = host.application;
     Surroundings* surroundings = new Surroundings;
     NoteDataFinder finder{application, std::unique_ptr<NoteFetchingStrategyType>(surroundings)};
 };
@@ -116,9 +104,8 @@ TEST_F(NoteDataFinderTest, a_full_cache_refuses_a_note_without_steps_at_once) {
 }
 
 TEST(SolutionStepsFetchingStrategy, hands_on_what_the_steps_endpoint_answers) {
-    FakeApplication application;
-    Networking networking(application, application.constants);
-    application.networkingService = &networking;
+    FakeStoreApplication host;
+    FakeApplication& application = host.application;
     const auto fetch = [&](const TransferOutcome& reply) {
         application.fakePlatform.transport->setScript([&](const URLRequest&) { return reply; });
         std::optional<FetchedNoteData> fetched;

@@ -22,15 +22,13 @@ TEST_F(DataControllerTests, notes_survive_the_process_and_a_sign_out_leaves_none
         R"([{"_id":"1","problem":"secret problem","savedFrom":"Solutions","lastChange":"","date":"","tags":["t"]}])");
     repository().updateProblemWithSteps("secret problem", std::string(100'000, 's'));
     reopen();
-    EXPECT_EQ(notes().at(0).tagStrings(), std::vector<std::string>{"t"});
+    EXPECT_EQ(notes().at(0).tagStrings(), Texts{"t"});
     controller->logout();
     EXPECT_EQ(repository().noteCount(), 0);
-    EXPECT_EQ(repository().allTagStrings(), std::vector<std::string>());
+    EXPECT_EQ(repository().allTagStrings(), Texts());
     EXPECT_LT(controller->getStorageBytes(), 80'000U) << "the space is given back";
     for (const char* suffix : {"", "-wal"}) {
-        std::ifstream stream(file.string() + suffix, std::ios::binary);
-        const std::string contents(std::istreambuf_iterator<char>(stream), {});
-        EXPECT_EQ(contents.find("secret problem"), std::string::npos);
+        EXPECT_EQ(TemporaryFolder::read(file.string() + suffix).find("secret problem"), std::string::npos);
     }
 }
 
@@ -49,7 +47,7 @@ TEST_F(DataControllerTests, a_sign_out_compacts_only_what_it_has_emptied) {
     const std::int64_t freePages = number("PRAGMA freelist_count");
     ASSERT_GT(freePages, 0);
     controller->logout();
-    EXPECT_EQ(application.recordingCrashReporter.takeErrors().size(), 1U);
+    EXPECT_EQ(reporter.takeErrors().size(), 1U);
     EXPECT_GE(number("PRAGMA freelist_count"), freePages);
 
     execute("ALTER TABLE elsewhere RENAME TO entries; PRAGMA busy_timeout = 0");
@@ -60,7 +58,7 @@ TEST_F(DataControllerTests, a_sign_out_compacts_only_what_it_has_emptied) {
         ASSERT_EQ(other.integer("SELECT count(*) FROM entries").value(), 1);
         controller->logout();
         EXPECT_TRUE(printed("Could not compact the notebook store: The store is in use."));
-        EXPECT_EQ(application.recordingCrashReporter.takeErrors().size(), 1U);
+        EXPECT_EQ(reporter.takeErrors().size(), 1U);
     }
     controller->logout();
     EXPECT_EQ(number("PRAGMA freelist_count"), 0);

@@ -2,6 +2,7 @@
 #include "Tests/Support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
+#include <map>
 #include <optional>
 #include <set>
 #include <stdlib.h>
@@ -13,16 +14,12 @@ namespace {
 
 /// A table in which "Solutions" sorts last and a topic has a text too.
 std::string localize(std::string_view key) {
-    if (key == "Solutions") {
-        return "z solver";
-    }
-    if (key == "Graphing Calculator") {
-        return "Zeichnen";
-    }
-    if (key == "FILTER_BY_TYPE") {
-        return "By type";
-    }
-    return key == "Algebra" ? "zz" : std::string(key);
+    static const std::map<std::string, std::string, std::less<>> texts = {{"Solutions", "z solver"},
+                                                                          {"Graphing Calculator", "Zeichnen"},
+                                                                          {"FILTER_BY_TYPE", "By type"},
+                                                                          {"Algebra", "zz"}};
+    const auto found = texts.find(key);
+    return found != texts.end() ? found->second : std::string(key);
 }
 
 Filter fullFilter() {

@@ -34,10 +34,9 @@ protected:
 
 TEST_F(NotebookEntryRepositoryTests, a_refresh_stores_every_attribute_and_says_what_it_did) {
     merge(threeNotes);
-    EXPECT_EQ(application.fakePlatform.printer->takeLines(),
-              (std::vector<std::string>{"Got 3 notebook entries from server.",
-                                        "Date was in wrong format: 2019-01-05", "Found 0 entries to delete.",
-                                        "Completed refreshing entries in database."}));
+    EXPECT_EQ(takeLines(),
+              (Texts{"Got 3 notebook entries from server.", "Date was in wrong format: 2019-01-05",
+                     "Found 0 entries to delete.", "Completed refreshing entries in database."}));
     const std::vector<NotebookEntry> all = notes();
     ASSERT_EQ(all.size(), 3U);
     EXPECT_EQ(all[0].problem(), "y=2");
@@ -59,41 +58,34 @@ TEST_F(NotebookEntryRepositoryTests, a_refresh_stores_every_attribute_and_says_w
 TEST_F(NotebookEntryRepositoryTests, the_store_follows_the_server_and_keeps_cached_steps) {
     merge(threeNotes);
     repository().updateProblemWithSteps("y=2", "{steps}");
-    application.fakePlatform.printer->takeLines();
+    takeLines();
     merge(
         R"([{"_id":"2","problem":"another","savedFrom":"Solutions","lastChange":"","date":"","tags":["c"]},)"
         R"({"_id":"4","savedFrom":"Solutions","date":"d","lastChange":5},{"_id":"1","problem":"x=1"}, 7])");
-    EXPECT_EQ(application.fakePlatform.printer->takeLines(),
-              (std::vector<std::string>{
-                  "Got 4 notebook entries from server.", "Date was in wrong format: ",
-                  "Item could not be processed!! ID: 4 Problem:  lastChange:  Date: d",
-                  "Item could not be processed!! ID: 1 Problem: x=1 lastChange:  Date: ",
-                  "Item could not be processed!! ID:  Problem:  lastChange:  Date: ",
-                  "Found 1 entries to delete.", "Completed refreshing entries in database."}));
+    EXPECT_EQ(takeLines(),
+              (Texts{"Got 4 notebook entries from server.", "Date was in wrong format: ",
+                     "Item could not be processed!! ID: 4 Problem:  lastChange:  Date: d",
+                     "Item could not be processed!! ID: 1 Problem: x=1 lastChange:  Date: ",
+                     "Item could not be processed!! ID:  Problem:  lastChange:  Date: ",
+                     "Found 1 entries to delete.", "Completed refreshing entries in database."}));
     EXPECT_EQ(tagsByProblem(), (std::map<std::string, std::set<std::string>>{{"x=1", {}}, {"y=2", {"c"}}}));
     EXPECT_EQ(note("y=2").stepsData(), "{steps}");
     EXPECT_EQ(note("y=2").savedFrom(), "Solutions");
-    EXPECT_EQ(repository().allTagStrings(), std::vector<std::string>{"c"});
+    EXPECT_EQ(repository().allTagStrings(), Texts{"c"});
     execute("UPDATE entries SET remoteID = NULL WHERE problem = 'x=1'");
     merge(R"([{"_id":"2"}])");
     EXPECT_EQ(repository().noteCount(), 1);
     merge("[]");
-    EXPECT_EQ(number("SELECT (SELECT count(*) FROM entries) + (SELECT count(*) FROM tags) + (SELECT count(*) "
-                     "FROM links) "
-                     "+ (SELECT count(*) FROM steps)"),
-              0);
+    for (const char* table : {"entries", "tags", "links", "steps"}) {
+        EXPECT_EQ(number(std::string("SELECT count(*) FROM ") + table), 0) << table;
+    }
 }
 
 TEST_F(NotebookEntryRepositoryTests, the_same_list_again_writes_no_byte) {
     merge(threeNotes);
     repository().updateProblemWithSteps("x=1", "{steps}");
     const auto bytes = [this] {
-        std::string contents;
-        for (const char* suffix : {"", "-wal"}) {
-            std::ifstream stream(file.string() + suffix, std::ios::binary);
-            contents.append(std::istreambuf_iterator<char>(stream), {});
-        }
-        return contents;
+        return TemporaryFolder::read(file) + TemporaryFolder::read(file.string() + "-wal");
     };
     const std::string before = bytes();
     merge(threeNotes);
@@ -112,7 +104,7 @@ TEST_F(NotebookEntryRepositoryTests, the_next_entry_to_cache_is_the_newest_that_
         order.push_back(*problem);
         repository().updateProblemWithSteps(*problem, "steps of " + *problem);
     }
-    EXPECT_EQ(order, (std::vector<std::string>{"y=2", "x=1", "no source"}));
+    EXPECT_EQ(order, (Texts{"y=2", "x=1", "no source"}));
     EXPECT_EQ(number("SELECT count(*) FROM steps WHERE stepsData = 'steps of x=1'"), 2)
         << "a problem saved twice";
     EXPECT_EQ(note("y=2").lastCached(), moment(77));
@@ -126,16 +118,15 @@ TEST_F(NotebookEntryRepositoryTests, caching_stops_beyond_twenty_thousand_entrie
     execute("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 20002) "
             "INSERT INTO entries(problem, isCached) SELECT 'p' || i, i <= 20000 FROM n;"
             "INSERT INTO steps SELECT id, 0, 's' FROM entries WHERE isCached");
-    application.fakePlatform.printer->takeLines();
+    takeLines();
     EXPECT_FALSE(repository().exceededMaximumCachedEntries());
-    EXPECT_EQ(application.fakePlatform.printer->takeLines(),
-              std::vector<std::string>{"Count found 20000 notes."});
+    EXPECT_EQ(takeLines(), Texts{"Count found 20000 notes."});
     EXPECT_EQ(repository().nextEntryToCache(), "p20002");
     repository().updateProblemWithSteps("p20002", "s");
     EXPECT_TRUE(repository().exceededMaximumCachedEntries());
     EXPECT_EQ(repository().nextEntryToCache(), std::nullopt);
     repository().removeNotes({note("p1"), note("p2"), note("p20001")});
-    application.fakePlatform.printer->takeLines();
+    takeLines();
     EXPECT_FALSE(repository().exceededMaximumCachedEntries());
     EXPECT_TRUE(printed("Count found 19999 notes."));
     repository().clear();
@@ -143,25 +134,9 @@ TEST_F(NotebookEntryRepositoryTests, caching_stops_beyond_twenty_thousand_entrie
     EXPECT_TRUE(printed("Count found 0 notes."));
 }
 
-TEST_F(NotebookEntryRepositoryTests, a_note_is_looked_up_with_the_attributes_it_has) {
-    merge(threeNotes);
-    repository().updateProblemWithSteps("x=1", std::string("st\0eps", 6));
-    EXPECT_EQ(repository().getNotebookEntry("x=1"),
-              (AttributeDictionary{{"isFavorite", true},
-                                   {"lastCached", application.fakePlatform.clock->now()},
-                                   {"lastChange", moment(1546700645)},
-                                   {"notes", "n"},
-                                   {"problem", "x=1"},
-                                   {"remoteID", "1"},
-                                   {"savedFrom", "Solutions"},
-                                   {"stepsData", std::string("st\0eps", 6)},
-                                   {"topic", "Algebra"},
-                                   {"url", "u"}}));
-    EXPECT_EQ(repository().getNotebookEntry("X=1"), std::nullopt);
-}
-
 TEST_F(NotebookEntryRepositoryTests, a_star_goes_to_the_first_note_of_a_problem) {
     merge(threeNotes);
+    EXPECT_EQ(repository().getNotebookEntry("X=1"), std::nullopt);
     execute("INSERT INTO entries(problem, isFavorite) VALUES ('y=2', 0)");
     repository().updateProblem("y=2", Favorite{true});
     EXPECT_EQ(number("SELECT group_concat(ifnull(isFavorite, 7), '') FROM entries WHERE problem = 'y=2'"),
@@ -174,8 +149,12 @@ TEST_F(NotebookEntryRepositoryTests, a_star_goes_to_the_first_note_of_a_problem)
 TEST_F(NotebookEntryRepositoryTests, a_filter_narrows_the_list_by_any_option_of_each_section) {
     merge(threeNotes);
     const std::string strange("it's \"\0\xF0\x9F\x90\xA2", 11);
-    note("graph").setTags(std::vector{strange}, controller->managedObjectContext(),
-                          application.recordingCrashReporter);
+    note("graph").setTags(std::vector{strange}, context(), reporter);
+    const Filter blank = repository().blankFilter();
+    using Options = std::map<std::string, bool>;
+    EXPECT_EQ(blank.topicFilter.dict, (Options{{"Algebra", false}}));
+    EXPECT_EQ(blank.tagFilter.dict, (Options{{"a", false}, {"b", false}, {strange, false}}));
+    EXPECT_TRUE(blank.isBlank() && blank.typeFilter.localized && !blank.tagFilter.localized);
     using Problems = std::vector<std::string>;
     EXPECT_EQ(problems([](Filter&) {}), (Problems{"y=2", "x=1", "graph"}));
     EXPECT_EQ(problems([](Filter& filter) { filter.filterFavorites = true; }), Problems{"x=1"});
@@ -216,44 +195,29 @@ TEST_F(NotebookEntryRepositoryTests, a_listed_note_stays_valid_whatever_happens_
     merge(threeNotes);
     EXPECT_EQ(note("x=1").rowID(), 4) << "a number is not given out twice";
     controller.reset();
-    EXPECT_EQ(late[0].tagStrings(), std::vector<std::string>());
+    EXPECT_EQ(late[0].tagStrings(), Texts());
     EXPECT_EQ(late[0].stepsData(), std::nullopt);
 }
 
 TEST_F(NotebookEntryRepositoryTests, tags_and_remarks_of_a_note_are_changed_in_the_store_and_in_the_value) {
     merge(threeNotes);
-    ObjectContext& context = controller->managedObjectContext();
     NotebookEntry changed = note("y=2");
-    changed.setTags(std::nullopt, context, application.recordingCrashReporter);
-    changed.setTags(std::vector<std::string>{"new", "", "new", "a"}, context,
-                    application.recordingCrashReporter);
-    changed.removeTags({"b", "no such tag"}, context, application.recordingCrashReporter);
-    changed.setNotes("typed", context, application.recordingCrashReporter);
-    EXPECT_EQ(changed.tagStrings(), (std::vector<std::string>{"new", "a"}));
+    changed.setTags(std::nullopt, context(), reporter);
+    changed.setTags(Texts{"new", "", "new", "a"}, context(), reporter);
+    changed.removeTags({"b", "no such tag"}, context(), reporter);
+    changed.setNotes("typed", context(), reporter);
+    EXPECT_EQ(changed.tagStrings(), (Texts{"new", "a"}));
     EXPECT_EQ(changed.notes(), "typed");
     EXPECT_EQ(tagsByProblem().at("y=2"), (std::set<std::string>{"a", "new"}));
     EXPECT_EQ(note("y=2").notes(), "typed");
-    EXPECT_EQ(repository().allTagStrings(), (std::vector<std::string>{"a", "b", "new"}));
+    EXPECT_EQ(repository().allTagStrings(), (Texts{"a", "b", "new"}));
     NotebookEntry gone = note("x=1");
     repository().removeNotes({gone});
-    gone.setTags(std::vector<std::string>{"late"}, context, application.recordingCrashReporter);
+    gone.setTags(Texts{"late"}, context(), reporter);
     EXPECT_EQ(number("SELECT count(*) FROM tags WHERE tagText = 'late'"), 0);
     NotebookEntry preview({.tagStrings = {"a"}});
-    preview.setTags(std::vector<std::string>{"a", "b", ""}, context, application.recordingCrashReporter);
-    EXPECT_EQ(preview.tagStrings(), (std::vector<std::string>{"a", "b"}));
-}
-
-TEST_F(NotebookEntryRepositoryTests, a_blank_filter_offers_what_the_store_has) {
-    merge(threeNotes);
-    const Filter filter = repository().blankFilter();
-    EXPECT_TRUE(filter.isBlank());
-    using Options = std::map<std::string, bool>;
-    EXPECT_EQ(filter.typeFilter.dict,
-              (Options{{"Graphing Calculator", false}, {"Practice", false}, {"Solutions", false}}));
-    EXPECT_EQ(filter.topicFilter.dict, (Options{{"Algebra", false}}));
-    EXPECT_EQ(filter.tagFilter.dict, (Options{{"a", false}, {"b", false}}));
-    EXPECT_TRUE(filter.typeFilter.localized);
-    EXPECT_FALSE(filter.tagFilter.localized);
+    preview.setTags(Texts{"a", "b", ""}, context(), reporter);
+    EXPECT_EQ(preview.tagStrings(), (Texts{"a", "b"}));
 }
 
 } // namespace

@@ -29,7 +29,7 @@ protected:
         controller = std::make_unique<DataController>(application);
     }
     ~StoreFixture() override {
-        for (const auto& recorded : application.recordingCrashReporter.takeErrors()) {
+        for (const auto& recorded : reporter.takeErrors()) {
             ADD_FAILURE() << "an error was recorded: " << recorded.error.localizedDescription;
         }
     }
@@ -42,6 +42,10 @@ protected:
         services.defaultQueue = services.queuePool->makeConcurrentQueue("default");
     }
 
+    using Texts = std::vector<std::string>;
+
+    ObjectContext& context() { return controller->managedObjectContext(); }
+    Texts takeLines() { return application.fakePlatform.printer->takeLines(); }
     NotebookEntryRepository& repository() {
         return static_cast<NotebookEntryRepository&>(controller->notebookEntryRepository());
     }
@@ -52,15 +56,15 @@ protected:
     /// The one number that a query on the saved state gives.
     std::int64_t number(std::string_view sql) {
         std::int64_t value = -1;
-        EXPECT_TRUE(controller->managedObjectContext().fetchAndWait([&](Database& database) -> Result<void> {
+        EXPECT_TRUE(context().fetchAndWait([&](Database& database) -> Result<void> {
             value = database.integer(sql).value();
             return {};
         }));
         return value;
     }
     void execute(std::string_view sql) {
-        const Result<void> done = controller->managedObjectContext().performAndWait(
-            [&](Database& database) { return database.execute(sql); });
+        const Result<void> done =
+            context().performAndWait([&](Database& database) { return database.execute(sql); });
         EXPECT_TRUE(done) << (done ? "" : done.error().localizedDescription);
     }
     std::vector<NotebookEntry> notes() { return repository().entriesForFilter(Filter()); }
@@ -79,13 +83,14 @@ protected:
         return tags;
     }
     bool printed(const std::string& line) {
-        const std::vector<std::string> lines = application.fakePlatform.printer->takeLines();
+        const Texts lines = takeLines();
         return std::find(lines.begin(), lines.end(), line) != lines.end();
     }
 
     const TemporaryFolder folder;
     const std::filesystem::path file = folder.path() / "DataModel2.sqlite";
     FakeApplication application;
+    RecordingCrashReporter& reporter = application.recordingCrashReporter;
     std::unique_ptr<DataController> controller;
 };
 
