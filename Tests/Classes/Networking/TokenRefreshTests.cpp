@@ -61,35 +61,31 @@ TEST_F(TokenRefreshTests, requests_refused_together_wait_for_one_refresh_and_are
 }
 
 TEST_F(TokenRefreshTests, a_refresh_without_a_token_fails_what_waits_and_the_next_403_asks_again) {
-    struct Case {
-        TransferOutcome outcome;
-        int prompts;
-        const char* line;
-    };
-    const Case cases[] = {
+    const std::string failed = "Refresh was successful: false";
+    const std::tuple<TransferOutcome, int, std::string> cases[] = {
         {reply(200, R"({"alert":"No.","jwt":"new"})"), 0, "Alert from refresh: No."},
-        {reply(200, "{}"), 0, "Refresh was successful: false"},
-        {reply(200, R"({"jwt":"new\u0000"})"), 0, "Refresh was successful: false"},
-        {reply(200, R"({"jwt":5})"), 0, "Refresh was successful: false"},
-        {reply(200, "[]"), 0, "Refresh was successful: false"},
-        {reply(500, R"({"jwt":"new"})"), 0, "Refresh was successful: false"},
-        {ScriptedTransport::failure(HttpTransportError::timedOut), 0, "Refresh was successful: false"},
-        {reply(403, R"({"jwt":"new"})"), 1, "Refresh was successful: false"},
+        {reply(200, "{}"), 0, failed},
+        {reply(200, R"({"jwt":"new\u0000"})"), 0, failed},
+        {reply(200, R"({"jwt":5})"), 0, failed},
+        {reply(200, "[]"), 0, failed},
+        {reply(500, R"({"jwt":"new"})"), 0, failed},
+        {ScriptedTransport::failure(HttpTransportError::timedOut), 0, failed},
+        {reply(403, R"({"jwt":"new"})"), 1, failed},
     };
     std::size_t sent = 0;
-    for (const Case& each : cases) {
+    for (const auto& [outcome, prompts, line] : cases) {
         ask("a");
         ask("b");
         answer(sent, reply(403, ""));
         answer(sent + 1, reply(403, ""));
-        answer(sent + 2, each.outcome);
+        answer(sent + 2, outcome);
         sent += 3;
         EXPECT_EQ(urls().size(), sent);
         EXPECT_EQ(told, (std::vector<std::string>{"a failed", "b failed"}));
         told.clear();
-        EXPECT_EQ(application.fakeUserAccountModel.prompts, each.prompts);
+        EXPECT_EQ(application.fakeUserAccountModel.prompts, prompts);
         EXPECT_FALSE(application.settings.accessToken().value_or("").starts_with("new"));
-        EXPECT_THAT(application.recordingCrashReporter.takeLines(), Contains(each.line));
+        EXPECT_THAT(application.recordingCrashReporter.takeLines(), Contains(line));
     }
 }
 
