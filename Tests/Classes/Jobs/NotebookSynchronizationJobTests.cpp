@@ -163,6 +163,14 @@ TEST_F(SynchronizationJob, a_stop_lets_the_step_in_flight_be_stored_and_ends_the
     EXPECT_THAT(asked().back(), StartsWith("/pub_api/steps?query=x=1&")) << "a new run takes the stop back";
 }
 
+TEST_F(SynchronizationJob, a_note_without_a_text_is_asked_for_like_any_other) {
+    start();
+    answer(
+        200,
+        R"([{"_id":"1","problem":"","savedFrom":"Solutions","lastChange":"","date":"Jan 05, 2019 03:04:05 PM"}])");
+    EXPECT_THAT(asked().back(), StartsWith("/pub_api/steps?query=&"));
+}
+
 TEST_F(SynchronizationJob, others_ask_for_a_run_by_a_notification) {
     application.fakePlatform.notificationCenter->post(
         {std::string(NotebookSynchronizationJob::RunSynchronizationJobNotification), {}, {}});

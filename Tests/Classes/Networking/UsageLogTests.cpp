@@ -55,6 +55,13 @@ TEST_F(UsageLogTests, each_steps_request_is_timed_until_its_answer_and_before_it
     }
 }
 
+TEST_F(UsageLogTests, a_refused_record_of_cached_steps_is_recorded_as_an_error) {
+    networking->logCachedSteps("q", {}, {}, [](bool) {});
+    answerEverythingWith(reply(500, ""));
+    const Error refused{"TeraluneNetworking", 500, "", {}};
+    EXPECT_EQ(application.recordingCrashReporter.takeErrors().back().error, refused);
+}
+
 TEST_F(UsageLogTests, camera_events_go_to_the_recognition_host_and_everywhere_when_asked) {
     networking->logCameraEvent("id", "snap", "more", 12ms, {true});
     networking->logCameraEvent("id", "snap", {}, {}, {false});
