@@ -5,6 +5,7 @@
 #include "Classes/Model/CoreData/ObjectContext.h"
 #include "Classes/Model/CoreData/ObjectModel.h"
 #include "Classes/Model/CoreData/PersistentStoreCoordinator.h"
+#include "Classes/Model/CoreData/StoreError.h"
 #include "Platform/Dispatch/DispatchQueue.h"
 #include "Platform/Foundation/Bundle.h"
 #include "Platform/Foundation/FatalError.h"
@@ -47,12 +48,13 @@ DataController::DataController(IApplication& application) try
           std::make_shared<ObjectContext>(persistentStoreCoordinator_, application.platform().printer))
     , notebookEntryRepository_(
           std::make_unique<NotebookEntryRepository>(managedObjectContext_, application)) {
-    const PlatformServices& platform = application.platform();
+    const PlatformServices& platform = application_.platform();
     if (platform.documentsDirectories.empty()) {
         endWithout("The user has no documents folder.", *platform.printer);
     }
     const std::filesystem::path file = platform.documentsDirectories.back() / storeFileName;
-    Result<void> opened;
+    // A queue that has ended drops the work.
+    Result<void> opened = storeError(StoreErrorCode::noStore, "No store is open.");
     platform.defaultQueue->sync([&] { opened = persistentStoreCoordinator_->addPersistentStore(file); });
     if (!opened) {
         endWithout(opened.error().localizedDescription.c_str(), *platform.printer);
