@@ -24,7 +24,8 @@ public:
     virtual ~AccountEndpointsType() = default;
 
     virtual void getUserData(UniqueFunction<void(std::optional<UserData>)> completion) = 0;
-    /// Succeeds with any reply, whatever its status; only a request without one fails.
+    /// Succeeds with any reply whose status is 200 to 299, whatever stands in it; fails when the server
+    /// refused or could not be reached.
     virtual Task<void> deleteAccount() = 0;
     /// password2 is sent only when present.
     virtual Task<void> updateEmail(const std::string& email, const std::string& password1,

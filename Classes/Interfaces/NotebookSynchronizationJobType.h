@@ -10,8 +10,9 @@ public:
     virtual void runSynchronizationJob() = 0;
     /// The step in flight ends and is stored; no further one begins.
     virtual void stopJob() = 0;
-    /// Blocks the caller until the step phase ends. Never call it on the main thread: the replies that end
-    /// the phase are delivered there.
+    /// Blocks the caller until the step phase ends, or the job. Returns at once while there is none: when the
+    /// job is idle or parked, or still has the list to merge. Never call it on the main thread: the replies
+    /// that end the phase are delivered there.
     virtual void waitForCompletion() = 0;
 };
 

@@ -21,10 +21,13 @@ struct NotebookSynchronizationJob::State : std::enable_shared_from_this<State> {
     explicit State(IApplication& host) : application(host) {}
 
     void run();
-    void handleList(NotebookEntriesReply reply);
+    void handleList(const std::string& user, NotebookEntriesReply reply);
+    /// False when the list is not the notebook of whoever is signed in by now, and so is not kept.
+    bool merge(const std::string& user, const boost::json::array& entries);
     /// One step. stored is the problem whose steps were stored just before.
     void collectStepData(const std::optional<std::string>& stored = {});
-    void handleSteps(const std::string& problem, const SolutionStepsReply& reply);
+    void handleSteps(std::uint64_t phase, const std::string& problem, const SolutionStepsReply& reply);
+    /// With the mutex held.
     void endStepPhase();
     NotebookEntryRepositoryType& repository() const {
         return application.dataController().notebookEntryRepository();
@@ -44,6 +47,7 @@ struct NotebookSynchronizationJob::State : std::enable_shared_from_this<State> {
     bool listJobRunning = false;
     bool parked = false;
     bool stopRequested = false;
+    std::uint64_t stepPhase = 0; ///< how many step phases have ended
     std::shared_ptr<CountingSemaphore> semaphore;
 };
 
@@ -78,8 +82,11 @@ void NotebookSynchronizationJob::waitForCompletion() {
             return;
         semaphore = state_->semaphore;
     }
-    if (semaphore)
-        semaphore->wait();
+    if (!semaphore)
+        return;
+    // One signal lets everyone pass, now and later.
+    semaphore->wait();
+    semaphore->signal();
 }
 
 NotebookSynchronizationJob::Phase NotebookSynchronizationJob::phase() const {
@@ -92,21 +99,24 @@ NotebookSynchronizationJob::Phase NotebookSynchronizationJob::phase() const {
 }
 
 void NotebookSynchronizationJob::State::run() {
-    const bool isLoggedIn = application.userAccountModel().isLoggedIn();
     {
         const std::lock_guard lock(mutex);
         if (listJobRunning || hasEnded)
             return;
         stopRequested = false;
-        if (isLoggedIn)
-            listJobRunning = true;
+        listJobRunning = true;
     }
-    if (!isLoggedIn) {
+    const std::string user = application.userAccountModel().connectedID();
+    if (user.empty()) {
+        const std::lock_guard lock(mutex);
+        listJobRunning = false;
         endStepPhase();
         return;
     }
     application.networking().getNotebookEntries(
-        [self = shared_from_this()](NotebookEntriesReply reply) { self->handleList(std::move(reply)); });
+        [self = shared_from_this(), user](NotebookEntriesReply reply) {
+            self->handleList(user, std::move(reply));
+        });
 }
 
 void NotebookSynchronizationJob::State::onBackgroundQueue(DispatchQueue::Work work) {
@@ -130,9 +140,10 @@ void NotebookSynchronizationJob::State::end() {
     hasEnded = true;
     stopRequested = true;
     pieceEnded.wait(lock, [this] { return runningPieces == 0; });
+    endStepPhase();
 }
 
-void NotebookSynchronizationJob::State::handleList(NotebookEntriesReply reply) {
+void NotebookSynchronizationJob::State::handleList(const std::string& user, NotebookEntriesReply reply) {
     const bool usable = reply.success && std::all_of(reply.entries.begin(), reply.entries.end(),
                                                      [](const auto& entry) { return entry.is_object(); });
     if (!usable) {
@@ -141,8 +152,15 @@ void NotebookSynchronizationJob::State::handleList(NotebookEntriesReply reply) {
         parked = true;
         return;
     }
-    onBackgroundQueue([self = shared_from_this(), entries = std::move(reply.entries)] {
-        self->repository().insertNotebookEntries(entries);
+    onBackgroundQueue([self = shared_from_this(), user, entries = std::move(reply.entries)] {
+        if (!self->merge(user, entries)) {
+            {
+                const std::lock_guard lock(self->mutex);
+                self->listJobRunning = false;
+            }
+            self->run();
+            return;
+        }
         self->application.platform().notificationCenter->post(
             {std::string(NotebookSynchronizationComplete), {}, {}});
         {
@@ -157,42 +175,62 @@ void NotebookSynchronizationJob::State::handleList(NotebookEntriesReply reply) {
     });
 }
 
+bool NotebookSynchronizationJob::State::merge(const std::string& user, const boost::json::array& entries) {
+    const auto isTheirs = [this, &user] { return application.userAccountModel().connectedID() == user; };
+    if (!isTheirs())
+        return false;
+    repository().insertNotebookEntries(entries);
+    if (isTheirs())
+        return true;
+    // The sign-out came during the merge, and emptied the store before its end.
+    application.dataController().logout();
+    return false;
+}
+
 void NotebookSynchronizationJob::State::collectStepData(const std::optional<std::string>& stored) {
+    bool mayGoOn = false;
+    std::uint64_t phase = 0;
     {
         const std::lock_guard lock(mutex);
         stepJobRunning = true;
+        mayGoOn = !stopRequested;
+        phase = stepPhase;
     }
-    const bool mayGoOn = [this] {
-        const std::lock_guard lock(mutex);
-        return !stopRequested;
-    }();
     const std::optional<std::string> problem = mayGoOn ? repository().nextEntryToCache() : std::nullopt;
     // The store offers a problem again only when it could not keep its steps; asking the server for them over
     // and over would not help.
     if (!problem || *problem == stored) {
+        const std::lock_guard lock(mutex);
         endStepPhase();
         return;
     }
     application.networking().getSolutionSteps(
         *problem, ShouldLog{false}, SolutionOrigin::notebookCache, RequestOnlySolution{false},
-        [self = shared_from_this(), problem = *problem](SolutionStepsReply reply) {
-            self->onBackgroundQueue(
-                [self, problem, reply = std::move(reply)] { self->handleSteps(problem, reply); });
+        [self = shared_from_this(), phase, problem = *problem](SolutionStepsReply reply) {
+            self->onBackgroundQueue([self, phase, problem, reply = std::move(reply)] {
+                self->handleSteps(phase, problem, reply);
+            });
         });
 }
 
-void NotebookSynchronizationJob::State::handleSteps(const std::string& problem,
+void NotebookSynchronizationJob::State::handleSteps(std::uint64_t phase, const std::string& problem,
                                                     const SolutionStepsReply& reply) {
-    if (!reply.success || !reply.body || reply.body->empty()) {
-        endStepPhase();
-        return;
+    {
+        const std::lock_guard lock(mutex);
+        // A run without a user has ended the phase meanwhile.
+        if (phase != stepPhase)
+            return;
+        if (!reply.success || !reply.body || reply.body->empty()) {
+            endStepPhase();
+            return;
+        }
     }
     repository().updateProblemWithSteps(problem, *reply.body);
     collectStepData(problem);
 }
 
 void NotebookSynchronizationJob::State::endStepPhase() {
-    const std::lock_guard lock(mutex);
+    ++stepPhase;
     stepJobRunning = false;
     if (semaphore)
         semaphore->signal();

@@ -44,8 +44,9 @@ void UserAccountModel::refreshUserInfo() {
     if (!isLoggedIn())
         return;
     application_.networking().getUserData(
-        [this, lifetime = lifetime_.watch()](const std::optional<UserData>& user) {
-            if (!lifetime.isOver() && user)
+        [this, lifetime = lifetime_.watch(), asker = connectedID()](const std::optional<UserData>& user) {
+            // The profile of somebody who has signed out meanwhile is not kept.
+            if (!lifetime.isOver() && user && connectedID() == asker)
                 handleUserInfo(*user);
         });
 }
@@ -55,16 +56,31 @@ Task<void> UserAccountModel::updateAccountInfo(const std::string& firstName, con
     // The application outlives every request, so the chain may hold it.
     IApplication& application = application_;
     NetworkingType& networking = application.networking();
+    // Whoever signed in meanwhile must not get another one's name.
+    const auto isSameUser = [&application, asker = connectedID()] {
+        return application.persistence().connectedID().value_or("") == asker;
+    };
+    const auto cancelled = [] {
+        return Task<void>::forResult(httpTransportError(HttpTransportError::cancelled));
+    };
     return networking.updateUserField(UserField::firstName, firstName)
-        .onSuccess(mainQueue,
-                   [&application, client = networking.lifetime(), firstName, lastName] {
-                       application.persistence().setFirstName(firstName);
-                       // A host that ends may run the main queue once more when the client is gone.
-                       if (client.isOver())
-                           return Task<void>::forResult(httpTransportError(HttpTransportError::cancelled));
-                       return application.networking().updateUserField(UserField::lastName, lastName);
-                   })
-        .onSuccess(mainQueue, [&application, lastName] { application.persistence().setLastName(lastName); });
+        .onSuccess(
+            mainQueue,
+            [&application, isSameUser, cancelled, client = networking.lifetime(), firstName, lastName] {
+                if (!isSameUser())
+                    return cancelled();
+                application.persistence().setFirstName(firstName);
+                // A host that ends may run the main queue once more when the client is gone.
+                if (client.isOver())
+                    return cancelled();
+                return application.networking().updateUserField(UserField::lastName, lastName);
+            })
+        .onSuccess(mainQueue, [&application, isSameUser, cancelled, lastName] {
+            if (!isSameUser())
+                return cancelled();
+            application.persistence().setLastName(lastName);
+            return Task<void>::forResult({});
+        });
 }
 
 void UserAccountModel::logOut() {

@@ -2,6 +2,8 @@
 
 #include "Classes/Interfaces/CrashReporterType.h"
 #include "Classes/Interfaces/IApplication.h"
+#include "Classes/Interfaces/SettingsPersistenceType.h"
+#include "Classes/Networking/CookieValue.h"
 #include "Classes/Networking/MobileResponse.h"
 #include "Classes/Networking/ReplyReading.h"
 #include "Classes/Networking/RequestResponse.h"
@@ -138,10 +140,14 @@ Task<void> Networking::updateUserField(UserField field, const std::string& value
 }
 
 void Networking::logOut() {
-    makeRequest(fullHostName() + "/logout?isMobile=true", HttpMethod::get, {},
-                *sessionManagerWithPrivateToken_)
-        .responseData([](const DataResponse<std::string>&) {})
-        .detach();
+    // The token travels with the request: when that is sent the settings may have forgotten it, or have that
+    // of somebody who signed out since.
+    const auto token = application_.persistence().logoutAccessToken();
+    DataRequest request = makeRequest(fullHostName() + "/logout?isMobile=true", HttpMethod::get, {},
+                                      *sessionManagerWithPrivateToken_);
+    if (token && canBeCookieValue(*token))
+        request = std::move(request).header("Cookie", cookie(tokenCookie, *token));
+    std::move(request).responseData([](const DataResponse<std::string>&) {}).detach();
 }
 
 void Networking::dismissNotification(const std::string& notificationKey) {

@@ -63,6 +63,12 @@ void appendCookie(std::string& header, std::string_view name, std::string_view v
     appendWithoutSeparators(header, value);
 }
 
+/// One value that no header can hold would keep every request from being sent.
+void appendWhereSound(std::string& header, std::string_view name, const std::optional<std::string>& value) {
+    if (value && canBeCookieValue(*value))
+        appendCookie(header, name, *value);
+}
+
 } // namespace
 
 std::string Networking::cookie(std::string_view name, std::string_view value) {
@@ -86,19 +92,17 @@ std::string Networking::standardCookies() const {
     return header;
 }
 
-std::string Networking::getCookieString(IsLogout isLogout) const {
+std::string Networking::identityCookies() const {
     std::string header = standardCookies();
-    // One value that no header can hold would keep every request from being sent.
-    const auto appendWhereSound = [&header](std::string_view name, const std::optional<std::string>& value) {
-        if (value && canBeCookieValue(*value))
-            appendCookie(header, name, *value);
-    };
-    {
-        const std::lock_guard lock(playSessionMutex_);
-        appendWhereSound(PlaySessionKey, playSession_);
-    }
+    const std::lock_guard lock(playSessionMutex_);
+    appendWhereSound(header, PlaySessionKey, playSession_);
+    return header;
+}
+
+std::string Networking::getCookieString(IsLogout isLogout) const {
+    std::string header = identityCookies();
     const SettingsPersistenceType& persistence = application_.persistence();
-    appendWhereSound("tq.token",
+    appendWhereSound(header, tokenCookie,
                      isLogout.value ? persistence.logoutAccessToken() : persistence.accessToken());
     return header;
 }

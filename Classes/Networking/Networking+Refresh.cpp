@@ -22,7 +22,11 @@ void Networking::should(SessionManager& manager, const SessionTask& request, con
     // An attempt that is sent again never comes to taskDidComplete.
     if (request.response)
         capturePlaySession(*request.response);
-    if (&manager == sessionManagerWithPrivateToken_.get() && !application_.userAccountModel().isLoggedIn()) {
+    // Whoever a sign-out is for is not signed in any more, even if somebody else is, whose token it must not
+    // have refreshed again and again.
+    const bool hasUser =
+        application_.userAccountModel().isLoggedIn() && !isLogoutURL(request.originalRequest.url);
+    if (&manager == sessionManagerWithPrivateToken_.get() && !hasUser) {
         log("Skipping endless loop: don't retry token request, user is not logged in.");
         completion(RetryDecision::doNotRetry, {});
         return;
@@ -86,12 +90,17 @@ void Networking::refreshToken(UniqueFunction<void(bool)> completion) {
         .inLane(TransferLane::control)
         .responseObject<RefreshResponse>(
             mapRefreshResponse,
-            [this, lifetime = lifetime_.watch(),
+            [this, lifetime = lifetime_.watch(), session = currentSession(),
              completion = std::move(completion)](const DataResponse<RefreshResponse>& response) mutable {
+                // An answer to a user who has signed out meanwhile is none to whoever signed in since.
                 if (!lifetime.isOver())
-                    completion(consumeRefresh(response));
+                    completion(session == currentSession() && consumeRefresh(response));
             })
         .detach();
+}
+
+Networking::UserSession Networking::currentSession() const {
+    return {application_.userAccountModel().connectedID(), application_.persistence().accessToken()};
 }
 
 bool Networking::consumeRefresh(const DataResponse<RefreshResponse>& response) {

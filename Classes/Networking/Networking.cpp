@@ -83,8 +83,11 @@ DataRequest Networking::post(std::string_view path, const HttpParameters& parame
 }
 
 Result<URLRequest> Networking::adapt(URLRequest request) {
-    const IsLogout isLogout{request.url.find("/logout") != std::string::npos};
-    request.headers.set("Cookie", getCookieString(isLogout));
+    const bool isLogout = isLogoutURL(request.url);
+    const auto own = isLogout ? request.headers.value("Cookie") : std::nullopt;
+    const bool bringsToken = own && own->starts_with(cookie(tokenCookie, ""));
+    request.headers.set("Cookie", bringsToken ? identityCookies().append(";").append(*own)
+                                              : getCookieString(IsLogout{isLogout}));
     return request;
 }
 

@@ -39,6 +39,7 @@ class Networking final : public NetworkingType, public RequestAdapter, public Re
 public:
     static constexpr std::string_view NetworkingDomain = "TeraluneNetworking";
     static constexpr std::string_view PlaySessionKey = "PLAY_SESSION";
+    static constexpr std::string_view tokenCookie = "tq.token";
 
     /// Both outlive the client.
     Networking(IApplication& application, const ITeraluneConstants& constants);
@@ -60,7 +61,7 @@ public:
                             SessionManager& manager);
 
     /// Writes the Cookie header, whatever the request's host is, without a session cookie or token that no
-    /// header can hold. Delegate queue.
+    /// header can hold. A sign-out that brings its token keeps that. Delegate queue.
     Result<URLRequest> adapt(URLRequest request) override;
     /// Refreshes the token after a 403 and retries what it was refused for; nothing else is retried.
     void should(SessionManager& manager, const SessionTask& request, const Error& error,
@@ -164,7 +165,10 @@ private:
     void log(std::string_view format, std::initializer_list<FormatArgument> arguments = {}) const;
     DataRequest post(std::string_view path, const HttpParameters& parameters, SessionManager& manager);
 
+    static bool isLogoutURL(std::string_view url) { return url.find("/logout") != std::string_view::npos; }
     std::string getCookieString(IsLogout isLogout) const;
+    /// The cookies without the token.
+    std::string identityCookies() const;
     std::string standardCookies() const;
     void capturePlaySession(const HTTPURLResponse& response);
 
@@ -173,6 +177,9 @@ private:
     CachedURLResponse dataTaskWillCacheResponse(CachedURLResponse proposed) const;
     void logResponse(const HTTPURLResponse& response, const ResponseObject& responseObject) const;
 
+    /// Whom an answer about a token is for: user and token at the time of the question.
+    using UserSession = std::pair<std::string, std::optional<std::string>>;
+    UserSession currentSession() const;
     void refreshToken(UniqueFunction<void(bool)> completion);
     bool consumeRefresh(const DataResponse<RefreshResponse>& response);
     void releaseHeldRequests(RetryDecision decision, RetryCompletion first);

@@ -16,13 +16,15 @@ NotebookEntryRepositoryType& repository(const CommandContext& context) {
     return context.application.dataController().notebookEntryRepository();
 }
 
-/// The first note of that problem, as the library looks notes up.
+/// Of several notes of that problem the one that is oldest in the store, as the library looks notes up.
 Result<NotebookEntry> findNote(const CommandContext& context, const std::string& problem) {
     if (Result<void> user = context.requireSignedIn(); !user)
         return user.error();
     std::vector<NotebookEntry> notes = repository(context).entriesForFilter(Filter());
-    const auto found = std::find_if(notes.begin(), notes.end(),
-                                    [&](const NotebookEntry& note) { return note.problem() == problem; });
+    std::erase_if(notes, [&](const NotebookEntry& note) { return note.problem() != problem; });
+    const auto found = std::min_element(notes.begin(), notes.end(), [](const auto& one, const auto& other) {
+        return one.rowID() < other.rowID();
+    });
     if (found == notes.end())
         return commandError("The notebook has no note of \"" + problem + "\".");
     return std::move(*found);

@@ -63,6 +63,14 @@ public:
         return preferred_;
     }
 
+    /// Goes on with the languages in force although the preferences are others now.
+    void keepLanguages(const std::optional<boost::json::array>& preferences) {
+        const std::lock_guard lock(mutex_);
+        if (isReady_) {
+            preferences_ = preferences;
+        }
+    }
+
     std::shared_ptr<const StringTable> table(const std::string& name,
                                              const std::optional<boost::json::array>& preferences) {
         const std::lock_guard lock(mutex_);
@@ -183,6 +191,10 @@ std::string Bundle::localizedString(std::string_view key, std::string_view value
 
 std::vector<std::string> Bundle::preferredLocalizations() const {
     return tables_->preferredLanguages(languagePreferences_->array("AppleLanguages"));
+}
+
+void Bundle::keepLanguages() const {
+    tables_->keepLanguages(languagePreferences_->array("AppleLanguages"));
 }
 
 } // namespace teralune

@@ -45,6 +45,7 @@ public:
 
 private:
     class Tables;
+    void keepLanguages() const;
 
     std::filesystem::path folder_;
     std::shared_ptr<UserDefaults> languagePreferences_;

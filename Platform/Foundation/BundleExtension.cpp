@@ -35,21 +35,24 @@ void BundleExtension::attachLanguageBundle(std::shared_ptr<const Bundle> languag
 void Bundle::set(std::string_view languageCode, const PlatformServices& platform) {
     Printer& printer = *platform.printer;
     printer.print("LANG: Changing language to " + std::string(languageCode));
-    // Both have to know the language in force, to keep it where they lack the new one.
-    for (const Bundle* bundle :
-         {platform.libraryBundle.get(), static_cast<Bundle*>(platform.mainBundle.get())}) {
-        static_cast<void>(bundle->preferredLocalizations());
+    // Both have to know the language in force, to keep it where there is no folder for the new one.
+    const Bundle* const bundles[] = {platform.libraryBundle.get(), platform.mainBundle.get()};
+    for (const Bundle* each : bundles) {
+        static_cast<void>(each->preferredLocalizations());
     }
+    BundleExtension& bundle = *platform.mainBundle;
+    const std::string folderName(languageCode == "en" ? "Base" : languageCode);
+    const auto folder = bundle.pathForResource(folderName, "lproj");
     platform.userDefaults->set("AppleLanguages", boost::json::array{boost::json::string(languageCode)});
     platform.userDefaults->synchronize();
 
-    BundleExtension& bundle = *platform.mainBundle;
     bundle.redirectLookups(printer);
-
-    const std::string folderName(languageCode == "en" ? "Base" : languageCode);
-    const auto folder = bundle.pathForResource(folderName, "lproj");
     if (!folder) {
         printer.print("LANG: Could not find bundle path for " + folderName + ".lproj");
+        // Or a relative would be taken for it, a Portuguese one for "pt", by all that is not redirected.
+        for (const Bundle* each : bundles) {
+            each->keepLanguages();
+        }
         return;
     }
     printer.print("LANG: Setting bundle path to " + folder->string());

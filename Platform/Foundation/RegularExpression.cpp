@@ -75,6 +75,29 @@ std::optional<std::vector<std::string>> RegularExpression::firstMatch(std::strin
     return std::move(found.front());
 }
 
+/// In a template of the phone's, "$" stands for itself unless a digit follows, and "\\" takes its special
+/// meaning from any character. ICU knows names and code points besides, and refuses what is neither.
+icu::UnicodeString templateForICU(std::string_view text) {
+    std::string escaped;
+    for (std::size_t index = 0; index < text.size(); ++index) {
+        const bool isLast = index + 1 == text.size();
+        if (text[index] == '$') {
+            const bool isGroup = !isLast && text[index + 1] >= '0' && text[index + 1] <= '9';
+            escaped.append(isGroup ? "$" : "\\$");
+        } else if (text[index] == '\\') {
+            // Letters are safe without it, and with it two of them would begin a code point.
+            const bool isLetter = !isLast && (text[index + 1] == 'u' || text[index + 1] == 'U');
+            escaped.append(isLetter ? "" : isLast ? "\\\\" : "\\");
+            if (!isLast) {
+                escaped.push_back(text[++index]);
+            }
+        } else {
+            escaped.push_back(text[index]);
+        }
+    }
+    return unicode(escaped);
+}
+
 std::string RegularExpression::replacingMatches(std::string_view text,
                                                 std::string_view replacementTemplate) const {
     const icu::UnicodeString unicodeText = unicode(text);
@@ -83,7 +106,7 @@ std::string RegularExpression::replacingMatches(std::string_view text,
     if (!matcher || !matcher->find(status)) {
         return std::string(text);
     }
-    const icu::UnicodeString replaced = matcher->replaceAll(unicode(replacementTemplate), status);
+    const icu::UnicodeString replaced = matcher->replaceAll(templateForICU(replacementTemplate), status);
     return U_SUCCESS(status) ? utf8(replaced) : std::string(text);
 }
 

@@ -26,7 +26,15 @@ public:
         UniqueFunction(Callable&& callable)
         : held_(std::make_unique<Holder<std::decay_t<Callable>>>(std::forward<Callable>(callable))) {}
 
-    R operator()(Arguments... arguments) { return held_->call(std::forward<Arguments>(arguments)...); }
+    /// An empty one that returns nothing does nothing: whoever gives no completion wants to hear nothing.
+    R operator()(Arguments... arguments) {
+        if constexpr (std::is_void_v<R>) {
+            if (held_ == nullptr) {
+                return;
+            }
+        }
+        return held_->call(std::forward<Arguments>(arguments)...);
+    }
     explicit operator bool() const { return held_ != nullptr; }
 
 private:

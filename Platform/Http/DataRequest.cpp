@@ -28,6 +28,11 @@ DataRequest&& DataRequest::inLane(TransferLane lane) && {
     return std::move(*this);
 }
 
+DataRequest&& DataRequest::header(std::string name, std::string value) && {
+    plan_->running.request.headers.add(std::move(name), std::move(value));
+    return std::move(*this);
+}
+
 RequestHandle DataRequest::response(Handler<void> handler) && {
     return std::move(*this).send([handler = std::move(handler)](
                                      DataResponse<void> raw) mutable -> UniqueFunction<void()> {

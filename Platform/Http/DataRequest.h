@@ -37,6 +37,8 @@ public:
     /// A failure of this request is final: the retrier is not asked.
     DataRequest&& withoutRetrier() &&;
     DataRequest&& inLane(TransferLane lane) &&;
+    /// Adds a header field, which the adapter finds in each attempt.
+    DataRequest&& header(std::string name, std::string value) &&;
 
     template<class T>
     using Handler = UniqueFunction<void(DataResponse<T>)>;

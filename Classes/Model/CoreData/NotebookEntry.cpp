@@ -110,6 +110,9 @@ Result<std::vector<std::string>> NotebookEntry::readTagStrings() const try {
     if (!details) {
         return details.error();
     }
+    if (details.value()->isGone) {
+        return storeError(StoreErrorCode::noNote, "The note is no longer in the notebook.");
+    }
     return details.value()->tagStrings;
 } catch (const std::bad_alloc&) {
     return outOfMemoryError();

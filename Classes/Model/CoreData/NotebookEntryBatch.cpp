@@ -55,9 +55,7 @@ Result<const NotebookEntryBatch::Details*> NotebookEntryBatch::readDetails(std::
         }
         Result<std::vector<Details>> loaded = load(*context);
         if (!loaded) {
-            if (!hasFailed_.exchange(true)) {
-                reportFailure(loaded.error());
-            }
+            reportFailure(loaded.error());
             return loaded.error();
         }
         // Of several threads that have read at once, the first is heard.
@@ -80,7 +78,7 @@ std::optional<std::int64_t> NotebookEntryBatch::rowID(std::size_t place) const {
 }
 
 void NotebookEntryBatch::reportFailure(const Error& error) const {
-    if (onFailure_) {
+    if (!hasFailed_.exchange(true) && onFailure_) {
         onFailure_(error);
     }
 }
@@ -88,12 +86,15 @@ void NotebookEntryBatch::reportFailure(const Error& error) const {
 Result<std::vector<NotebookEntryBatch::Details>> NotebookEntryBatch::load(ObjectContext& context) const {
     std::vector<Details> loaded;
     const Result<void> read = context.fetchAndWait([&](Database& database) -> Result<void> {
-        loaded.resize(rowIDs_.size());
+        Details gone;
+        gone.isGone = true;
+        loaded.assign(rowIDs_.size(), gone);
         const std::string places = jsonArray(rowIDs_);
         Statement query = database.statement(detailsQuery);
         query.bindAll(places);
         while (query.nextRow()) {
             Details& details = loaded[static_cast<std::size_t>(query.integer(0))];
+            details.isGone = false;
             if (const auto milliseconds = query.optionalInteger(1)) {
                 details.lastChange = Date(std::chrono::milliseconds(*milliseconds));
             }

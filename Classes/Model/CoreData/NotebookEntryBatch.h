@@ -30,6 +30,7 @@ public:
         std::optional<std::string> graph;
         std::optional<std::string> url;
         std::vector<std::string> tagStrings;
+        bool isGone = false; ///< the store has the note no more
     };
     using FailureReporter = std::function<void(const Error&)>;
 

@@ -10,6 +10,24 @@
 
 namespace teralune {
 
+namespace {
+
+Error foreignFile() {
+    return storeError(StoreErrorCode::foreignFile, "The file is a database, but no notebook store.");
+}
+
+/// Another program's database may have the same version number.
+Result<void> requireEntries(Database& store) {
+    const Result<std::int64_t> tables =
+        store.integer("SELECT count(*) FROM sqlite_schema WHERE type = 'table' AND name = 'entries'");
+    if (!tables) {
+        return tables.error();
+    }
+    return tables.value() == 1 ? Result<void>() : foreignFile();
+}
+
+} // namespace
+
 ObjectModel::ObjectModel(std::vector<std::string> scripts) : scripts_(std::move(scripts)) {}
 
 Result<ObjectModel> ObjectModel::load(const std::filesystem::path& folder) {
@@ -34,7 +52,7 @@ Result<void> ObjectModel::migrate(Database& store) const {
     // long.
     if (const Result<std::int64_t> found = store.integer("PRAGMA user_version");
         found && found.value() == currentVersion) {
-        return {};
+        return requireEntries(store);
     }
     Result<Transaction> transaction = Transaction::begin(store, Transaction::Kind::writing);
     if (!transaction) {
@@ -55,7 +73,7 @@ Result<void> ObjectModel::migrate(Database& store) const {
             return foreignTables.error();
         }
         if (foreignTables.value() != 0) {
-            return storeError(StoreErrorCode::foreignFile, "The file is a database, but no notebook store.");
+            return foreignFile();
         }
     }
     for (std::int64_t step = version.value() + 1; step <= currentVersion; ++step) {

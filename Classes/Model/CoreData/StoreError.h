@@ -21,6 +21,7 @@ enum class StoreErrorCode : std::int64_t {
     outOfMemory = 6,
     transactionLost,
     storeInUse,
+    noNote,
 };
 
 /// An error of the domain "NotebookStore".

@@ -101,6 +101,7 @@ TEST_F(SynchronizationJob, merges_the_list_and_then_fetches_steps_one_at_a_time_
 
     // A second run finds nothing to cache and is announced all the same.
     start();
+    job.waitForCompletion();
     answer(200, "[" + note(1) + "]");
     EXPECT_EQ(mergesAnnounced, 2);
     EXPECT_EQ(repository().noteCount(), 1);
@@ -188,6 +189,26 @@ TEST_F(SynchronizationJob, its_end_leaves_no_work_behind) {
     ending.reset();
     application.run();
     EXPECT_EQ(repository().noteCount(), 0) << "the merge had not begun";
+}
+
+TEST_F(SynchronizationJob, what_was_asked_for_one_user_is_not_taken_for_the_next) {
+    start();
+    application.fakeUserAccountModel.signIn("c2", "t2");
+    answer(200, "[" + note(1) + "]");
+    EXPECT_EQ(repository().noteCount(), 0);
+    EXPECT_THAT(asked(), ElementsAre(listPath, listPath)) << "theirs is fetched instead";
+    answer(200, "[" + note(1) + "," + note(2) + "]");
+    const std::size_t late = host.sent().size() - 1;
+    application.settings.logout();
+    start();
+    EXPECT_EQ(job.phase(), Phase::idle);
+    application.fakeUserAccountModel.signIn("c2", "t2");
+    start();
+    answer(200, "[" + note(1) + "," + note(2) + "]");
+    const std::size_t count = asked().size();
+    host.answer(late, 200, steps);
+    EXPECT_EQ(asked().size(), count) << "one step at a time";
+    EXPECT_EQ(job.phase(), Phase::caching);
 }
 
 TEST_F(SynchronizationJob, a_list_that_arrives_while_steps_are_fetched_is_merged_beside_them) {

@@ -115,6 +115,19 @@ TEST_F(AccountModel, names_are_saved_one_after_the_other_and_each_when_the_serve
     EXPECT_EQ(settings.lastName(), "King");
 }
 
+TEST_F(AccountModel, what_was_asked_for_one_user_is_not_taken_for_the_next) {
+    settings.setConnectedID("c1");
+    model.refreshUserInfo();
+    const Task<void> task = model.updateAccountInfo("Ada", "Lovelace");
+    application.run();
+    settings.setConnectedID("c2");
+    host.answer(0, 200, R"({"firstName":"Ada"})");
+    host.answer(1, 200, R"({"success":true})");
+    EXPECT_EQ(settings.firstName(), std::nullopt);
+    EXPECT_EQ(host.sent().size(), 2U) << "the last name would be the next user's";
+    EXPECT_FALSE(task.outcome()->succeeded());
+}
+
 TEST_F(AccountModel, names_whose_client_ends_in_between_are_cancelled) {
     std::optional<Networking> client(std::in_place, application, application.constants);
     application.networkingService = &*client;

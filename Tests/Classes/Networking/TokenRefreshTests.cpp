@@ -143,6 +143,29 @@ TEST_F(TokenRefreshTests, nobody_signed_in_gets_a_token_of_its_own) {
     EXPECT_THAT(cookies(2), HasSubstr(";tq.token=anyone"));
 }
 
+TEST_F(TokenRefreshTests, a_sign_out_keeps_its_token_and_the_refresh_s_answer_is_none_to_who_comes_next) {
+    std::size_t sent = 0;
+    for (const int status : {200, 403}) {
+        application.fakeUserAccountModel.signIn("c1", "old");
+        ask("a");
+        answer(sent, reply(403, ""));
+        application.fakeUserAccountModel.logOut();
+        networking->logOut();
+        application.settings.logout();
+        application.run();
+        application.fakeUserAccountModel.signIn("c2", "theirs");
+        answer(sent + 1, reply(status, R"({"jwt":"new"})"));
+        EXPECT_EQ(application.settings.accessToken(), "theirs");
+        EXPECT_EQ(application.fakeUserAccountModel.prompts, 0);
+        EXPECT_EQ(urlsFrom(sent + 2), std::vector<std::string>{"https://api.test/logout?isMobile=true"});
+        EXPECT_THAT(cookies(sent + 2), HasSubstr(";tq.token=old"));
+        answer(sent + 2, reply(403, ""));
+        sent += 3;
+        EXPECT_EQ(urls().size(), sent) << "the next user's token is not refreshed for it";
+    }
+    EXPECT_EQ(told, (std::vector<std::string>{"a failed", "a failed"}));
+}
+
 TEST_F(TokenRefreshTests, a_client_that_ends_during_a_refresh_answers_everyone_once) {
     ask("a");
     ask("b");

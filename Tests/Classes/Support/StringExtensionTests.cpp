@@ -14,6 +14,7 @@ TEST(StringExtension, finds_and_replaces_by_pattern) {
     EXPECT_EQ(matchingStrings("abc", "("), Matches());
     EXPECT_EQ(replace("x1+x2", R"(x(\d))", "[$1]"), "[1]+[2]");
     EXPECT_EQ(replace("x1+x2", "[", "y"), "x1+x2");
+    EXPECT_EQ(replace("a-b", "-", R"($ ${x} \$1 \u00e9 \\ \)"), R"(a$ ${x} $1 u00e9 \ \b)");
 }
 
 TEST(StringExtension, truncates_by_the_characters_that_a_reader_sees) {

@@ -142,6 +142,10 @@ TEST_F(DataControllerTests, the_library_does_not_run_without_its_store) {
             0)
             << "the file is as it was";
     }
+    ASSERT_TRUE(std::move(Database::open({.file = file}))
+                    .value()
+                    .execute("PRAGMA user_version = 3; ALTER TABLE entries RENAME TO theirs"));
+    EXPECT_DEATH(DataController{application}, "Error migrating store: The file is a database, but no");
 }
 
 } // namespace

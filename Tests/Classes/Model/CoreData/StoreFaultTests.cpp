@@ -89,6 +89,9 @@ TEST_F(StoreFaultTests, attributes_that_could_not_be_read_are_read_when_they_are
     EXPECT_EQ(changed.readTagStrings().value(), (Texts{"t1", "new"}));
     EXPECT_EQ(listed.at(1).tagStrings(), Texts{"t0"});
     const std::vector<NotebookEntry> late = notes();
+    const std::vector<NotebookEntry> gone = notes();
+    execute("DELETE FROM entries");
+    EXPECT_FALSE(gone.at(0).readTagStrings()) << "no tags are not the tags of a note that is gone";
     controller.reset();
     EXPECT_FALSE(late.at(0).readTagStrings());
 }
