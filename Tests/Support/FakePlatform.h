@@ -1,8 +1,8 @@
 #pragma once
 
+#include "Platform/Device/Device.h"
 #include "Platform/Foundation/NotificationCenter.h"
 #include "Platform/PlatformServices.h"
-#include "Tests/Support/FakeDevice.h"
 #include "Tests/Support/ManualClock.h"
 #include "Tests/Support/ManualQueue.h"
 #include "Tests/Support/RecordingPrinter.h"
@@ -13,6 +13,18 @@
 #include <vector>
 
 namespace teralune {
+
+/// A device that is what the test says. Set it before it is used.
+class FakeDevice final : public Device {
+public:
+    std::string model = "Test Device 7";
+    std::string version = "12";
+    Idiom kind = Idiom::phone;
+
+    std::string modelDescription() const override { return model; }
+    std::string systemVersion() const override { return version; }
+    Idiom idiom() const override { return kind; }
+};
 
 /// Platform services of which nothing leaves the test: queues that the test runs, a server that the test is,
 /// settings in memory, a clock that stands still. The bundles are the library's own resources, in English

@@ -1,8 +1,10 @@
 #include "Tests/Support/LoopbackServer.h"
 
 #include "Platform/Foundation/AsciiText.h"
-#include "Tests/Support/LoopbackSocket.h"
+#include "Platform/Foundation/FatalError.h"
 
+#include <arpa/inet.h>
+#include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -55,24 +57,26 @@ private:
     std::string buffer_;
 };
 
-std::optional<std::string> readBody(Input& input, const LoopbackServer::Request& request) {
-    if (request.header("Transfer-Encoding") != "chunked") {
-        const std::string length = request.header("Content-Length");
-        return input.exactly(length.empty() ? 0 : std::stoul(length));
+} // namespace
+
+int listenOnLoopback() {
+    const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    if (bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
+        listen(listener, SOMAXCONN) != 0) {
+        fatalError("There is no port left to listen at.");
     }
-    std::string body;
-    while (const auto line = input.through("\r\n")) {
-        const std::size_t size = std::stoul(*line, nullptr, 16);
-        const auto chunk = input.exactly(size + 2);
-        if (!chunk || size == 0) {
-            return chunk ? std::optional(body) : std::nullopt;
-        }
-        body.append(*chunk, 0, size);
-    }
-    return std::nullopt;
+    return listener;
 }
 
-} // namespace
+int portOf(int socket) {
+    sockaddr_in address{};
+    socklen_t size = sizeof address;
+    getsockname(socket, reinterpret_cast<sockaddr*>(&address), &size);
+    return ntohs(address.sin_port);
+}
 
 std::string LoopbackServer::Request::target() const {
     const std::size_t begin = head.find(' ') + 1;
@@ -189,7 +193,8 @@ void LoopbackServer::serve(int socket) {
     Input input(socket);
     while (auto head = input.through("\r\n\r\n")) {
         Request request{*std::move(head), {}};
-        auto body = readBody(input, request);
+        const std::string length = request.header("Content-Length");
+        auto body = input.exactly(length.empty() ? 0 : std::stoul(length));
         if (!body) {
             return;
         }

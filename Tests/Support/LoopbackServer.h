@@ -14,6 +14,10 @@
 
 namespace teralune {
 
+/// A socket that listens at a free port of 127.0.0.1; ends the program where that is impossible.
+int listenOnLoopback();
+int portOf(int socket);
+
 /// An HTTP server on 127.0.0.1 that sends exactly the bytes a test wants, right or wrong, and keeps exactly
 /// the bytes it received. Each connection has a thread; the script runs on it and may be called by several at
 /// once.
@@ -21,9 +25,8 @@ class LoopbackServer {
 public:
     struct Request {
         std::string head; ///< request line and fields, with the empty line
-        std::string body; ///< without the framing of chunks
+        std::string body; ///< as long as Content-Length says
 
-        std::string method() const { return head.substr(0, head.find(' ')); }
         std::string target() const;
         /// The values of the fields of that name, and the first of them or ""; without case.
         std::vector<std::string> headers(std::string_view name) const;

@@ -1,11 +1,7 @@
 #pragma once
 
 #include "Classes/Interfaces/CrashReporterType.h"
-
-#include <mutex>
-#include <string>
-#include <utility>
-#include <vector>
+#include "Tests/Support/RecordingPrinter.h"
 
 namespace teralune {
 
@@ -24,20 +20,12 @@ public:
     }
     using CrashReporterType::TRL_CLSNSLogv;
     void TRL_CLSNSLogv(std::string_view format, std::span<const FormatArgument> arguments) override {
-        const std::lock_guard lock(mutex_);
-        lines_.push_back(formatString(format, arguments));
+        lines_.print(formatString(format, arguments));
     }
 
-    /// The lines, formatted.
-    std::vector<std::string> lines() const {
-        const std::lock_guard lock(mutex_);
-        return lines_;
-    }
-    /// The lines since the last call.
-    std::vector<std::string> takeLines() {
-        const std::lock_guard lock(mutex_);
-        return std::exchange(lines_, {});
-    }
+    /// The lines, formatted; and those since the last call.
+    std::vector<std::string> lines() const { return lines_.lines(); }
+    std::vector<std::string> takeLines() { return lines_.takeLines(); }
     /// The errors since the last call.
     std::vector<Recorded> takeErrors() {
         const std::lock_guard lock(mutex_);
@@ -45,8 +33,8 @@ public:
     }
 
 private:
-    mutable std::mutex mutex_;
-    std::vector<std::string> lines_;
+    RecordingPrinter lines_;
+    std::mutex mutex_;
     std::vector<Recorded> errors_;
 };
 

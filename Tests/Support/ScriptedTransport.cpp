@@ -1,6 +1,5 @@
 #include "Tests/Support/ScriptedTransport.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace teralune {
@@ -93,11 +92,12 @@ std::vector<TransferLane> ScriptedTransport::lanes() const {
 
 std::size_t ScriptedTransport::pendingCount() const {
     const std::lock_guard lock(mutex_);
-    return static_cast<std::size_t>(
-        std::count_if(exchanges_.begin(), exchanges_.end(), [](const auto& exchange) {
-            const std::lock_guard exchangeLock(exchange->mutex);
-            return static_cast<bool>(exchange->completion);
-        }));
+    std::size_t count = 0;
+    for (const auto& exchange : exchanges_) {
+        const std::lock_guard exchangeLock(exchange->mutex);
+        count += exchange->completion ? 1 : 0;
+    }
+    return count;
 }
 
 TransferOutcome ScriptedTransport::reply(int status, std::string body, HttpHeaders headers) {

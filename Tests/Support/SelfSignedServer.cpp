@@ -1,6 +1,6 @@
 #include "Tests/Support/SelfSignedServer.h"
 
-#include "Tests/Support/LoopbackSocket.h"
+#include "Tests/Support/LoopbackServer.h"
 
 #include <openssl/ssl.h>
 #include <openssl/x509v3.h>

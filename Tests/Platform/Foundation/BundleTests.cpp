@@ -33,11 +33,7 @@ protected:
 };
 
 TEST_F(BundleTest, the_preferred_language_answers_and_a_switch_takes_effect_at_once) {
-    const struct {
-        boost::json::array preferred;
-        Languages localizations;
-        std::string text;
-    } cases[] = {
+    const std::tuple<boost::json::array, Languages, const char*> cases[] = {
         {{"fr"}, {"en"}, "Fine"},
         {{"es"}, {"es"}, "Vale"},
         {{"pt-BR", "es-MX"}, {"pt-PT", "es"}, "Certo"},
@@ -83,25 +79,19 @@ TEST_F(BundleTest, a_language_folder_is_a_bundle_of_its_own_and_an_empty_one_has
 }
 
 TEST(LanguagePreferences, the_environment_s_first_word_counts) {
-    const struct {
-        const char* language;
-        const char* all;
-        const char* messages;
-        const char* lang;
-        Languages expected;
-    } cases[] = {
+    const std::tuple<const char*, const char*, const char*, const char*, Languages> cases[] = {
         {"es:pt_BR:", "he_IL", "", "", {"es", "pt-BR"}},
         {"", "he_IL.UTF-8", "es", "en", {"he-IL"}},
         {"", "", "es_ES@euro", "en", {"es-ES"}},
         {"", "", "", "C.UTF-8", {"en"}},
         {"", "", "", "", {}},
     };
-    for (const auto& each : cases) {
-        setenv("LANGUAGE", each.language, 1);
-        setenv("LC_ALL", each.all, 1);
-        setenv("LC_MESSAGES", each.messages, 1);
-        setenv("LANG", each.lang, 1);
-        EXPECT_EQ(environmentLanguages(), each.expected);
+    for (const auto& [language, all, messages, lang, expected] : cases) {
+        setenv("LANGUAGE", language, 1);
+        setenv("LC_ALL", all, 1);
+        setenv("LC_MESSAGES", messages, 1);
+        setenv("LANG", lang, 1);
+        EXPECT_EQ(environmentLanguages(), expected);
     }
     EXPECT_EQ(matchingLanguages({"pt", "zh-Hant-TW", "pt-BR"}, {"pt-BR", "pt-PT", "zh"}),
               (Languages{"pt-BR", "zh"}));

@@ -9,10 +9,7 @@ namespace {
 TEST(LinuxDevice, names_the_model_by_the_field_that_a_person_would_know) {
     using Files = std::vector<std::pair<std::string, std::string>>;
     const std::string firmware = "sys/class/dmi/id/";
-    const struct {
-        Files files;
-        std::string expected;
-    } cases[] = {
+    const std::pair<Files, std::string> cases[] = {
         {{}, "Linux"},
         {{{firmware + "product_name", "XPS 13 9310\n"}}, "XPS 13 9310"},
         {{{firmware + "product_name", "20XWCTO1WW\n"}, {firmware + "product_version", "Carbon Gen 9\n"}},

@@ -6,7 +6,7 @@
 
 #include <algorithm>
 #include <atomic>
-#include <optional>
+#include <barrier>
 #include <thread>
 #include <vector>
 
@@ -41,35 +41,21 @@ TEST(QueuePool, a_serial_queue_runs_one_piece_after_the_other_in_order) {
         ran.signal();
     });
     ran.wait();
+    EXPECT_FALSE(ran.wait(0ms));
     EXPECT_FALSE(queue->isCurrent());
     ASSERT_EQ(order.size(), 502U);
     EXPECT_TRUE(std::is_sorted(order.begin(), order.end()));
 }
 
 TEST(QueuePool, a_concurrent_queue_runs_as_many_pieces_at_once_as_there_are_threads) {
+    std::barrier everybody(4);
     QueuePool pool(3, QueuePool::Priority::background);
     const auto queue = pool.makeConcurrentQueue("concurrent");
-    CountingSemaphore arrived(0);
-    CountingSemaphore released(0);
-    CountingSemaphore ended(0);
-    for (int count = 0; count < 3; ++count) {
-        queue->async([&] {
-            arrived.signal();
-            released.wait();
-            ended.signal();
-        });
-    }
     // Each piece waits for the others, so that this would stand still if one had to wait for another's end.
     for (int count = 0; count < 3; ++count) {
-        arrived.wait();
+        queue->async([&] { everybody.arrive_and_wait(); });
     }
-    for (int count = 0; count < 3; ++count) {
-        released.signal();
-    }
-    for (int count = 0; count < 3; ++count) {
-        ended.wait();
-    }
-    EXPECT_FALSE(ended.wait(0ms));
+    everybody.arrive_and_wait();
 }
 
 TEST(QueuePool, its_end_waits_for_running_work) {
@@ -84,10 +70,9 @@ TEST(QueuePool, its_end_waits_for_running_work) {
         ended = true;
     });
     started.wait();
-    std::thread releasing([&] { release.signal(); });
+    const std::jthread releasing([&] { release.signal(); });
     pool.reset();
     EXPECT_TRUE(ended);
-    releasing.join();
 }
 
 TEST(QueuePool, its_end_drops_what_has_not_begun_even_when_its_own_work_ends_it) {
@@ -161,69 +146,49 @@ TEST(MainQueue, drain_leaves_what_its_work_adds_for_the_next_call) {
     EXPECT_FALSE(queue.isCurrent());
 }
 
-TEST(MainQueue, run_until_waits_for_delayed_work_and_for_work_from_other_threads) {
+TEST(MainQueue, run_until_waits_for_delayed_work_and_for_work_from_other_threads_also_inside_work) {
     MainQueue queue;
     std::vector<int> order;
-    queue.asyncAfter(3ms, [&] { order.push_back(3); });
-    queue.asyncAfter(1ms, [&] { order.push_back(2); });
-    queue.async([&] { order.push_back(1); });
-    EXPECT_TRUE(queue.nextDue());
-    queue.runUntil([&] { return order.size() == 3; });
-    EXPECT_EQ(order, (std::vector<int>{1, 2, 3}));
-    EXPECT_FALSE(queue.nextDue());
-
-    bool ran = false;
-    std::thread other([&] { queue.sync([&] { ran = true; }); });
-    queue.runUntil([&] { return ran; });
-    other.join();
-
-    EXPECT_FALSE(queue.runUntil([] { return false; }, 1ms));
-    EXPECT_TRUE(queue.runUntil([] { return true; }, 0ms));
-}
-
-TEST(MainQueue, run_until_may_be_called_from_inside_a_piece_of_work) {
-    MainQueue queue;
-    std::vector<int> order;
+    queue.asyncAfter(3ms, [&] { order.push_back(4); });
+    queue.asyncAfter(1ms, [&] { order.push_back(3); });
     queue.async([&] {
         queue.runUntil([&] { return !order.empty(); });
         order.push_back(2);
     });
     queue.async([&] { order.push_back(1); });
-    queue.drain();
-    EXPECT_EQ(order, (std::vector<int>{1, 2}));
-}
+    EXPECT_TRUE(queue.nextDue());
+    queue.runUntil([&] { return order.size() == 4; });
+    EXPECT_EQ(order, (std::vector<int>{1, 2, 3, 4}));
+    EXPECT_FALSE(queue.nextDue());
 
-TEST(MainQueue, one_drain_for_each_wake_runs_all_that_is_added) {
-    MainQueue queue;
-    int wakes = 0;
-    int ran = 0;
-    queue.setWakeHandler([&] { ++wakes; });
-    queue.async([&] { queue.async([&] { ++ran; }); });
-    queue.async([&] { ++ran; });
-    for (int drained = 0; drained < wakes; ++drained) {
-        queue.drain();
-    }
-    EXPECT_EQ(ran, 2);
-    const int before = wakes;
-    queue.async([&] { ++ran; });
-    EXPECT_EQ(wakes, before + 1);
+    bool ran = false;
+    const std::jthread other([&] { queue.sync([&] { ran = true; }); });
+    queue.runUntil([&] { return ran; });
+
+    EXPECT_FALSE(queue.runUntil([] { return false; }, 1ms));
+    EXPECT_TRUE(queue.runUntil([] { return true; }, 0ms));
 }
 
 TEST(MainQueue, its_wake_handler_hears_of_the_first_piece_and_of_an_earlier_delay) {
     MainQueue queue;
     int wakes = 0;
-    queue.async([] {});
+    int ran = 0;
+    queue.async([&] { queue.async([&] { ++ran; }); });
     queue.setWakeHandler([&] { ++wakes; });
     EXPECT_EQ(wakes, 1);
-    queue.async([] {});
+    queue.async([&] { ++ran; });
     EXPECT_EQ(wakes, 1);
     queue.asyncAfter(2h, [] {});
     EXPECT_EQ(wakes, 2);
     queue.asyncAfter(3h, [] {});
     EXPECT_EQ(wakes, 2);
+    // One call for each wake runs all that is added.
     queue.drain();
-    queue.async([] {});
     EXPECT_EQ(wakes, 3);
+    queue.drain();
+    EXPECT_EQ(ran, 2);
+    queue.async([] {});
+    EXPECT_EQ(wakes, 4);
 }
 
 TEST(MainQueue, drops_what_is_left_at_its_end) {

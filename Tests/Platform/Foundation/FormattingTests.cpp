@@ -10,11 +10,7 @@ namespace teralune {
 namespace {
 
 TEST(StringFormat, placeholders_take_their_arguments_in_turn) {
-    const struct {
-        std::string format;
-        std::vector<FormatArgument> arguments;
-        std::string expected;
-    } cases[] = {
+    const std::tuple<std::string, std::vector<FormatArgument>, std::string> cases[] = {
         {"Request to: %@, with %ld", {"url", std::int64_t(7)}, "Request to: url, with 7"},
         {"%@ ... (and %d more)", {"text", std::int64_t(20)}, "text ... (and 20 more)"},
         {"%04d.jpg|%5d|%-5d|%+d|% d",
@@ -56,12 +52,7 @@ TEST(RegularExpression, matches_carry_their_groups_and_templates_refer_to_them) 
               (std::vector<std::string>{"PLAY_SESSION=s1;", "s1", ""}));
     EXPECT_EQ(expression.matches("PLAY_SESSION=\u05D01;PLAY_SESSION=2;x").size(), 2U);
     EXPECT_EQ(expression.firstMatch("PLAY_SESSION=;"), std::nullopt);
-    const struct {
-        std::string pattern;
-        std::string text;
-        std::string replacement;
-        std::string expected;
-    } cases[] = {
+    const std::tuple<const char*, const char*, const char*, const char*> cases[] = {
         {"[\\s,;=]+", "a ,;b=c", "_", "a_b_c"},
         {"(\\w)(\\w)", "abcd", "$2$1", "badc"},
         {"(a)", "banana", "<$1>", "b<a>n<a>n<a>"},

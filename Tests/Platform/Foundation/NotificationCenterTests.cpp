@@ -61,7 +61,7 @@ TEST(NotificationCenter, an_observation_may_outlive_its_centre_and_frees_what_it
 TEST(NotificationCenter, threads_may_post_and_observe_at_once) {
     NotificationCenter center;
     std::atomic<int> calls = 0;
-    std::vector<std::thread> threads;
+    std::vector<std::jthread> threads;
     for (int count = 0; count < 4; ++count) {
         threads.emplace_back([&] {
             for (int round = 0; round < 200; ++round) {
@@ -70,9 +70,7 @@ TEST(NotificationCenter, threads_may_post_and_observe_at_once) {
             }
         });
     }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
+    threads.clear();
     EXPECT_GE(calls, 800);
     calls = 0;
     center.post(news);

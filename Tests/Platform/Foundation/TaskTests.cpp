@@ -86,7 +86,7 @@ TEST(Task, of_many_threads_that_complete_it_one_wins_and_every_continuation_runs
     std::atomic<int> wins = 0;
     std::atomic<int> calls = 0;
     CountingSemaphore ran(0);
-    std::vector<std::thread> threads;
+    std::vector<std::jthread> threads;
     for (int number = 0; number < 4; ++number) {
         threads.emplace_back([&, number] {
             for (int count = 0; count < 50; ++count) {
@@ -98,9 +98,7 @@ TEST(Task, of_many_threads_that_complete_it_one_wins_and_every_continuation_runs
             wins += source.complete(number) ? 1 : 0;
         });
     }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
+    threads.clear();
     for (int count = 0; count < 200; ++count) {
         ran.wait();
     }

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <sstream>
 #include <thread>
 
 namespace teralune {
@@ -89,7 +90,7 @@ TEST_F(SqliteUserDefaultsTest, another_connection_s_change_is_seen_by_the_next_r
 
 TEST_F(SqliteUserDefaultsTest, threads_may_read_and_write_at_once) {
     const auto defaults = open();
-    std::vector<std::thread> threads;
+    std::vector<std::jthread> threads;
     for (int number = 0; number < 3; ++number) {
         threads.emplace_back([&, key = std::to_string(number)] {
             for (std::int64_t count = 1; count <= 20; ++count) {
@@ -98,31 +99,23 @@ TEST_F(SqliteUserDefaultsTest, threads_may_read_and_write_at_once) {
             }
         });
     }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
+    threads.clear();
     EXPECT_EQ(open()->integer("2"), 20);
 }
 
 TEST_F(SqliteUserDefaultsTest, what_is_no_settings_file_is_refused_with_an_error_and_left_alone) {
     open()->set("key", std::string(20'000, 'x'));
-    std::string sound;
-    {
-        std::ifstream stream(file_, std::ios::binary);
-        sound.assign(std::istreambuf_iterator<char>(stream), {});
-    }
-    std::string damaged = sound;
+    std::ostringstream sound;
+    sound << std::ifstream(file_, std::ios::binary).rdbuf();
+    std::string damaged = sound.str();
     std::fill(damaged.begin() + 4096, damaged.begin() + 8192, '\x5A');
     const auto text = folder_.write("text", std::string(3000, 'n'));
     std::filesystem::create_directory(folder_.path() / "folder");
     std::filesystem::create_symlink(file_, folder_.path() / "link");
-    {
-        auto foreign = Database::open({.file = folder_.path() / "foreign"});
-        ASSERT_TRUE(foreign.value().execute("CREATE TABLE settings (other)"));
-        auto newer = Database::open({.file = file_});
-        ASSERT_TRUE(newer.value().execute("PRAGMA user_version=2"));
-    }
-    for (const auto& refused : {text, folder_.write("damaged", damaged), folder_.path() / "foreign", file_,
+    const auto foreign = folder_.path() / "foreign";
+    ASSERT_TRUE(Database::open({.file = foreign}).value().execute("CREATE TABLE settings (other)"));
+    ASSERT_TRUE(Database::open({.file = file_}).value().execute("PRAGMA user_version=2"));
+    for (const auto& refused : {text, folder_.write("damaged", damaged), foreign, file_,
                                 folder_.path() / "folder", folder_.path() / "link", text / "below a file"}) {
         const auto opened = SqliteUserDefaults::open(refused);
         ASSERT_FALSE(opened) << refused;

@@ -62,17 +62,14 @@ NetlinkMessages parse(std::string_view bytes) {
     return NetlinkMessages::parse(std::as_bytes(std::span(bytes)));
 }
 
-Builder oneOfEach() {
+TEST(NetlinkMessages, reads_links_addresses_routes_and_the_end_of_a_dump) {
     Builder builder;
     builder.link(3, "wlan0\0garbage"sv, carryingFlags);
     builder.address(3, AF_INET, "peer").attribute(IFA_LOCAL, "mine");
     builder.route(AF_INET6, RTN_UNICAST, RT_TABLE_COMPAT, RTM_DELROUTE).attribute(RTA_TABLE, 51820);
     builder.attribute(RTA_MULTIPATH, "\x08\0\x01\0\x07\0\0\0\x08\0\0\0\x08\0\0\0"sv);
-    return builder.message(NLMSG_ERROR, -EBUSY, NLM_F_DUMP_INTR);
-}
-
-TEST(NetlinkMessages, reads_links_addresses_routes_and_the_end_of_a_dump) {
-    const NetlinkMessages parsed = parse(oneOfEach().bytes);
+    builder.message(NLMSG_ERROR, -EBUSY, NLM_F_DUMP_INTR);
+    const NetlinkMessages parsed = parse(builder.bytes);
     ASSERT_EQ(parsed.messages.size(), 4U);
     EXPECT_EQ(std::get<NetlinkLink>(parsed.messages[0].content).name, "wlan0");
     EXPECT_EQ(std::get<NetlinkAddress>(parsed.messages[1].content).bytes, "mine");
@@ -103,11 +100,11 @@ TEST(NetlinkMessages, keeps_what_stands_before_something_that_makes_no_sense) {
         {"body too short", [](Builder& b) { b.message(RTM_NEWROUTE, 1); }},
         {"attribute too long",
          [](Builder& b) {
-             b.route(AF_INET).raw(rtattr{99, 1});
+             b.route(AF_INET).raw(rtattr({99, 1}));
          }},
         {"attribute too short",
          [](Builder& b) {
-             b.route(AF_INET).raw(rtattr{3, 1});
+             b.route(AF_INET).raw(rtattr({3, 1}));
          }},
         {"empty next hop", [](Builder& b) { b.route(AF_INET).attribute(RTA_MULTIPATH, "\0\0\0"sv); }},
         {"overrun", [](Builder& b) { b.message(NLMSG_OVERRUN, 0); }},
