@@ -211,6 +211,7 @@ bool CurlEngine::readMessages() {
         isAny = true;
         const CURLcode code = message->data.result;
         Job& job = *static_cast<Job*>(CurlHandle::of(message->easy_handle).owner());
+        watch_.keepConnection(message->easy_handle);
         if (job.exchange.end(*job.handle, code) == CurlExchange::Next::follow) {
             releaseHandle(job);
             perform(job);

@@ -77,31 +77,36 @@ void CurlWatch::wake() const {
     eventfd_write(event_, 1);
 }
 
-int CurlWatch::onOpen(void* watch, int /*purpose*/, curl_sockaddr* address) noexcept {
-    const int opened = ::socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
-    if (opened < 0) {
-        return CURL_SOCKET_BAD;
-    }
-    try {
-        static_cast<CurlWatch*>(watch)->sockets_.insert_or_assign(opened, Socket{});
-    } catch (...) {
-        close(opened);
-        return CURL_SOCKET_BAD;
-    }
-    return opened;
+int CurlWatch::onOpen(void* /*watch*/, int /*purpose*/, curl_sockaddr* address) noexcept {
+    return ::socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
 }
 
 int CurlWatch::onClose(void* watch, int socket) noexcept {
     auto& self = *static_cast<CurlWatch*>(watch);
-    const auto found = self.sockets_.find(socket);
-    if (found != self.sockets_.end()) {
-        // close() alone would not end it while a process that was forked meanwhile has the socket too.
+    const auto found = self.kept_.find(socket);
+    if (found != self.kept_.end()) {
+        // close() alone would not end it while a process that was forked meanwhile has the connection too.
         if (found->second.watched != 0) {
             self.control(EPOLL_CTL_DEL, socket, 0);
         }
-        self.sockets_.erase(found);
+        self.kept_.erase(found);
     }
     return close(socket);
+}
+
+void CurlWatch::keepConnection(void* easy) noexcept {
+    long made = 0;
+    curl_easy_getinfo(easy, CURLINFO_NUM_CONNECTS, &made);
+    curl_socket_t socket = CURL_SOCKET_BAD;
+    if (made == 0 || curl_easy_getinfo(easy, CURLINFO_ACTIVESOCKET, &socket) != CURLE_OK ||
+        socket == CURL_SOCKET_BAD) {
+        return;
+    }
+    try {
+        kept_.insert_or_assign(socket, Socket{});
+    } catch (...) {
+        // Without memory for it, the connection is registered for each request anew.
+    }
 }
 
 /// A socket that can't be watched is left to libcurl's timers, which end its transfer.
@@ -110,11 +115,11 @@ int CurlWatch::onSocket(void* /*easy*/, int socket, int what, void* watch, void*
     // CURL_POLL_REMOVE has neither bit.
     const std::uint32_t wanted =
         ((what & CURL_POLL_IN) != 0 ? EPOLLIN : 0U) | ((what & CURL_POLL_OUT) != 0 ? EPOLLOUT : 0U);
-    const auto own = self.sockets_.find(socket);
-    if (own != self.sockets_.end()) {
-        self.watchOwn(socket, own->second, wanted);
+    const auto kept = self.kept_.find(socket);
+    if (kept != self.kept_.end()) {
+        self.watchKept(socket, kept->second, wanted);
     } else {
-        self.watchForeign(socket, known != nullptr, wanted);
+        self.watchOther(socket, known != nullptr, wanted);
     }
     return 0;
 }
@@ -126,20 +131,25 @@ bool CurlWatch::control(int operation, int socket, std::uint32_t events) const {
     return epoll_ctl(epoll_, operation, socket, &event) == 0;
 }
 
-void CurlWatch::watchOwn(int socket, Socket& state, std::uint32_t wanted) const {
+void CurlWatch::watchKept(int socket, Socket& state, std::uint32_t wanted) const {
     state.wanted = wanted;
     // One that is idle stays as it is, unless it is writable and so would end every wait.
     const std::uint32_t watched = wanted != 0 ? wanted : state.watched & EPOLLIN;
     if (watched == state.watched) {
         return;
     }
-    const int operation = state.watched == 0 ? EPOLL_CTL_ADD : watched == 0 ? EPOLL_CTL_DEL : EPOLL_CTL_MOD;
-    state.watched = control(operation, socket, watched) ? watched : 0;
+    if (watched == 0) {
+        control(EPOLL_CTL_DEL, socket, 0);
+    } else if (!control(EPOLL_CTL_MOD, socket, watched)) {
+        control(EPOLL_CTL_ADD, socket, watched);
+    }
+    state.watched = watched;
 }
 
-/// The threads that look up names have sockets of libcurl's own, which come and go unseen: it may speak of
-/// one that it has closed, and know a new one by the number of an old one.
-void CurlWatch::watchForeign(int socket, bool isKnown, std::uint32_t wanted) {
+/// A socket that is about to connect, or one of the pairs by which libcurl hears of its name lookups: both it
+/// closes by itself, and it may speak of one that it has closed, and know a new one by the number of an old
+/// one.
+void CurlWatch::watchOther(int socket, bool isKnown, std::uint32_t wanted) {
     if (wanted == 0) {
         control(EPOLL_CTL_DEL, socket, 0);
         return;
@@ -162,12 +172,12 @@ int CurlWatch::onTimer(void* /*multi*/, long milliseconds, void* watch) noexcept
 }
 
 bool CurlWatch::isWanted(int socket) {
-    const auto own = sockets_.find(socket);
-    if (own == sockets_.end() || own->second.wanted != 0) {
+    const auto kept = kept_.find(socket);
+    if (kept == kept_.end() || kept->second.wanted != 0) {
         return true;
     }
     control(EPOLL_CTL_DEL, socket, 0);
-    own->second.watched = 0;
+    kept->second.watched = 0;
     return false;
 }
 

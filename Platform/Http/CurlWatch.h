@@ -25,6 +25,10 @@ public:
     /// Takes over the opening and closing of an easy handle's sockets. Connections outlive the handle, and
     /// are closed with the multi handle at the latest.
     void adopt(void* easy);
+    /// At the end of a transfer: has the connection that it made stay registered from then on. Only of such a
+    /// socket is it certain that its closing is seen; one that never became a connection libcurl closes by
+    /// itself.
+    void keepConnection(void* easy) noexcept;
     /// Carries on what is due without waiting: transfers that were just added, and those whose time is up.
     void performDue();
     /// Does what there is to do at the sockets and returns whether there was anything.
@@ -40,7 +44,7 @@ public:
 private:
     using Moment = std::chrono::steady_clock::time_point;
 
-    /// A socket opened here.
+    /// A connection's.
     struct Socket {
         std::uint32_t wanted = 0;  ///< what libcurl waits for, as events of epoll
         std::uint32_t watched = 0; ///< what the kernel was told; nought when it does not know the socket
@@ -52,8 +56,8 @@ private:
     static int onTimer(void* multi, long milliseconds, void* watch) noexcept;
     bool perform(int milliseconds);
     bool control(int operation, int socket, std::uint32_t events) const;
-    void watchOwn(int socket, Socket& state, std::uint32_t wanted) const;
-    void watchForeign(int socket, bool isKnown, std::uint32_t wanted);
+    void watchKept(int socket, Socket& state, std::uint32_t wanted) const;
+    void watchOther(int socket, bool isKnown, std::uint32_t wanted);
     /// Whether an event at the socket is libcurl's business. One at a connection that nobody uses is not: it
     /// is looked at before the next request, and until then not watched.
     bool isWanted(int socket);
@@ -63,7 +67,7 @@ private:
     const int epoll_;
     const int event_; ///< an eventfd
     void* multi_ = nullptr;
-    std::unordered_map<int, Socket> sockets_;
+    std::unordered_map<int, Socket> kept_;
     std::optional<Moment> due_;
 };
 

@@ -8,6 +8,7 @@
 #include <linux/rtnetlink.h>
 #include <poll.h>
 
+#include <system_error>
 #include <thread>
 
 namespace teralune {
@@ -84,7 +85,12 @@ RtnetlinkReachabilityMonitor::~RtnetlinkReachabilityMonitor() {
 
 void RtnetlinkReachabilityMonitor::startListening(Listener listener) {
     state_->listener = std::make_shared<const Listener>(std::move(listener));
-    state_->thread = std::thread([state = state_.get()] { state->run(); });
+    try {
+        state_->thread = std::thread([state = state_.get()] { state->run(); });
+    } catch (const std::system_error&) {
+        // The system has no thread left. Who listens hears nothing, and the network counts as not reachable.
+        state_->listener.reset();
+    }
 }
 
 void RtnetlinkReachabilityMonitor::State::run() {
