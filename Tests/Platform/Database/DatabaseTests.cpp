@@ -32,7 +32,7 @@ protected:
 
     const TemporaryFolder temporary_;
     const std::filesystem::path folder_ = temporary_.path();
-    const std::filesystem::path file_ = folder_ / "deep" / "store.sqlite";
+    const std::filesystem::path file_ = folder_ / "deep" / "down" / "store.sqlite";
 };
 
 TEST_F(DatabaseTests, texts_come_back_byte_for_byte_and_an_empty_one_is_not_absent) {
@@ -123,6 +123,9 @@ TEST_F(DatabaseTests, a_reader_sees_the_last_committed_state_while_another_write
 
 TEST_F(DatabaseTests, making_a_file_private_keeps_the_locks_that_the_process_holds_on_it) {
     ASSERT_TRUE(makePrivateFile(file_));
+    for (const auto& made : {file_.parent_path(), file_.parent_path().parent_path()}) {
+        EXPECT_EQ(std::filesystem::status(made).permissions(), perms::owner_all) << made;
+    }
     std::filesystem::permissions(file_, perms::owner_all);
     const FileDescriptor holder(::open(file_.c_str(), O_RDWR | O_CLOEXEC));
     struct flock lock {};
