@@ -18,12 +18,17 @@ void freeForm(void* form) {
     curl_mime_free(static_cast<curl_mime*>(form));
 }
 
+void freeUrl(void* url) {
+    curl_url_cleanup(static_cast<CURLU*>(url));
+}
+
 } // namespace
 
 CurlExchange::CurlExchange(const CurlTransport::Limits& limits, URLRequest request, TransferLane lane)
     : limits_(limits)
     , request_(std::move(request))
     , lane_(lane)
+    , url_(nullptr, &freeUrl)
     , reply_(limits.headerBytes, limits.bodyBytes)
     , form_(nullptr, &freeForm) {
     inspect();
@@ -38,6 +43,16 @@ void CurlExchange::inspect() {
     } else if (refusal_ = unsafeHeaderError(request_); !refusal_) {
         isLoopback_ = url->isLoopback();
         headerLines_.make(request_);
+        takeApart(request_.url);
+    }
+}
+
+/// Read here, the URL costs the sender's thread what it would cost the engine's, which every request shares.
+void CurlExchange::takeApart(const std::string& url) {
+    CURLU* const parts = curl_url();
+    url_.reset(parts);
+    if (parts && curl_url_set(parts, CURLUPART_URL, url.c_str(), CURLU_PATH_AS_IS) != CURLUE_OK) {
+        url_.reset();
     }
 }
 
@@ -47,7 +62,9 @@ std::optional<Error> CurlExchange::prepare(CurlHandle& handle) {
     }
     handle.attach(*this);
     handle.setProxy(isLoopback_ ? CurlHandle::Proxy::none : CurlHandle::Proxy::fromEnvironment);
+    // The text serves where there was no memory to take it apart.
     curl_easy_setopt(handle.easy(), CURLOPT_URL, request_.url.c_str());
+    curl_easy_setopt(handle.easy(), CURLOPT_CURLU, url_.get());
     curl_easy_setopt(handle.easy(), CURLOPT_HTTPHEADER, headerLines_.list());
     if (lane_ == TransferLane::control) {
         handle.markSpecial();

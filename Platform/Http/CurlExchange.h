@@ -40,6 +40,7 @@ public:
 private:
     /// Looks at the request and writes its header; sets refusal_ when it must not be sent.
     void inspect();
+    void takeApart(const std::string& url);
     std::optional<Error> setBody(CurlHandle& handle);
     std::optional<Error> setForm(CurlHandle& handle, const MultipartFormData& form);
     Error failure(const CurlHandle& handle, int code) const;
@@ -52,6 +53,7 @@ private:
     bool isLoopback_ = false;
     std::optional<Error> refusal_;
     CurlHeaderLines headerLines_;
+    Resource url_; ///< taken apart; null if there was no memory for it, libcurl then does it
     std::size_t redirects_ = 0;
     ReplyCollector reply_;
     TransferOutcome outcome_;

@@ -33,6 +33,7 @@ void CurlHandle::release() {
         setSharedOptions();
     } else {
         curl_easy_setopt(easy_, CURLOPT_HTTPHEADER, nullptr);
+        curl_easy_setopt(easy_, CURLOPT_CURLU, nullptr);
     }
 }
 
