@@ -7,6 +7,7 @@
 #include "Platform/Foundation/Printer.h"
 
 #include <atomic>
+#include <future>
 #include <thread>
 
 namespace teralune {
@@ -157,8 +158,16 @@ TEST_F(StoreFaultTests, a_lost_transaction_fails_what_belonged_to_it_and_nothing
     EXPECT_TRUE(outcome.failures.empty()) << "the change has one error, and it is told once";
 }
 
-TEST_F(StoreFaultTests, lists_are_whole_while_refreshes_run) {
+TEST_F(StoreFaultTests, lists_are_whole_and_wait_for_nobody_while_refreshes_run) {
     merge(listOf(0, 100, "a"));
+    std::future<std::size_t> listed;
+    EXPECT_FALSE(context().performAndWait([&](Database& database) -> Result<void> {
+        EXPECT_TRUE(database.execute("DELETE FROM entries"));
+        listed = std::async(std::launch::async, [this] { return notes().size(); });
+        EXPECT_EQ(listed.wait_for(std::chrono::minutes(1)), std::future_status::ready);
+        return Error{"test", 1, "taken back", {}};
+    }));
+    EXPECT_EQ(listed.get(), 100U) << "what was saved last";
     std::atomic<bool> isOver = false;
     std::thread writer([&] {
         for (int pass = 0; pass < 20; ++pass) {
