@@ -27,6 +27,10 @@ std::optional<Solution> solveEquation(std::string_view problem) {
 
     Solution solution;
     solution.problem = latexOf(*equation->left) + "=" + latexOf(*equation->right);
+    if (!parseEquation(solution.problem)) {
+        // Written out it has become too long to be asked again, so it is shown as it was asked.
+        solution.problem = problem;
+    }
     const PolynomialEquation expanded{*left, *right, letter};
     if (expanded.latex() != solution.problem) {
         solution.steps.push_back({"Expand and combine like terms", expanded.latex()});
