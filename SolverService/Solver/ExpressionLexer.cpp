@@ -69,7 +69,7 @@ private:
         if (isLetter(first)) {
             return word(rest_, 0);
         }
-        return symbol(first) || spelling() || (first == '\\' && command());
+        return symbol(first) || pairedBar() || spelling() || (first == '\\' && command());
     }
 
     void push(Token::Kind kind) {
@@ -187,6 +187,20 @@ private:
         }
         tokens_.push_back(token);
         rest_.remove_prefix(1);
+        return true;
+    }
+
+    /// \left| or \right|, which are brackets: a bar alone does not tell whether it opens or closes.
+    bool pairedBar() {
+        const bool opens = rest_.starts_with("\\left|");
+        if (!opens && !rest_.starts_with("\\right|")) {
+            return false;
+        }
+        Token token;
+        token.kind = opens ? Token::Kind::open : Token::Kind::close;
+        token.closing = '|';
+        tokens_.push_back(token);
+        rest_.remove_prefix(rest_.find('|') + 1);
         return true;
     }
 

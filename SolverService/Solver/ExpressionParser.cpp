@@ -127,7 +127,8 @@ private:
             return nullptr;
         }
         ++next_;
-        return inner;
+        return closing == '|' ? Expression::ofFunction(Function::absolute, std::move(inner))
+                              : std::move(inner);
     }
 
     Expression::Pointer absolute() {

@@ -24,6 +24,7 @@ TEST(EquationSolver, solves_exactly) {
         {"x^2+x=x^2+4", "Linear", "x=4"},
         {"(x+1)^3-x^3=3x^2+7", "Linear", "x=2"},
         {"sqrt(16)x=|-8|", "Linear", "x=2"},
+        {"\\left|2\\left|-3\\right|-1\\right|x=10", "Linear", "x=2"},
         {"2^-1x=2^3", "Linear", "x=16"},
         {"2(x+1)=2x+2", "Linear", "\\text{True for all }x"},
         {"x=x+1", "Linear", "\\text{No solution}"},
