@@ -4,6 +4,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <csignal>
 #include <cstdio>
 #include <exception>
 
@@ -68,6 +69,8 @@ int run(const Options& options, const CommandSet::Action& action) {
 } // namespace
 
 int main(int argc, char** argv) {
+    // A file that must not grow any further is an error like a full disk, not the end.
+    std::signal(SIGXFSZ, SIG_IGN);
     try {
         for (int i = 1; i < argc; ++i)
             if (!isValidUtf8(argv[i]))
