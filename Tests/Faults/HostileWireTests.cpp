@@ -1,11 +1,5 @@
-#include "Platform/Http/CurlTransport.h"
-#include "Platform/Http/HttpError.h"
 #include "Tests/Faults/FaultCounts.h"
-#include "Tests/Support/LoopbackServer.h"
-
-#include <gtest/gtest.h>
-
-#include <future>
+#include "Tests/Faults/Wires.h"
 
 namespace teralune {
 namespace {
@@ -32,19 +26,11 @@ std::string repeated(std::string_view text, std::size_t count) {
     return all;
 }
 
-/// Sends and waits.
-TransferOutcome exchange(CurlTransport& transport, std::string url,
-                         TransferLane lane = TransferLane::standard) {
-    std::promise<TransferOutcome> arrived;
-    const HttpMethod method = lane == TransferLane::control ? HttpMethod::post : HttpMethod::get;
-    const auto transfer =
-        transport.send({std::move(url), method, {}, {}}, lane,
-                       [&arrived](TransferOutcome outcome) { arrived.set_value(std::move(outcome)); });
-    return arrived.get_future().get();
+TransferOutcome get(CurlTransport& client, const LoopbackServer& server, const std::string& path = "/") {
+    return exchange(client, {server.url(path), HttpMethod::get, {}, {}});
 }
-
-std::int64_t codeOf(const TransferOutcome& outcome) {
-    return outcome.error ? outcome.error->code : 0;
+TransferOutcome refresh(CurlTransport& client, const LoopbackServer& server, const std::string& path) {
+    return exchange(client, {server.url(path), HttpMethod::post, {}, {}}, TransferLane::control);
 }
 
 TEST(HostileWireTests, replies_are_read_or_it_is_named_what_is_wrong_with_them) {
@@ -91,6 +77,7 @@ TEST(HostileWireTests, replies_are_read_or_it_is_named_what_is_wrong_with_them) 
         {ok + repeated("X-A: 1\r\n", 125'000) + "\r\n", -1103},
         {repeated("HTTP/1.1 100 Continue\r\n\r\n", 40'000), -1103},
         {chunked + "2\r\nok\r\n0\r\n" + repeated("X-A: 1\r\n", 125'000), -1103},
+        {ok + "\r\n" + std::string(bodyLimit, 'x'), 0, std::string(bodyLimit, 'x')},
         {ok + "\r\n" + std::string(bodyLimit + 1, 'x'), -1103},
         {gzip + "\r\n" + compressedZeros, -1103},
         {gzip + "\r\nnonsense", -1016},
@@ -103,7 +90,7 @@ TEST(HostileWireTests, replies_are_read_or_it_is_named_what_is_wrong_with_them) 
     limits.bodyBytes = bodyLimit;
     CurlTransport client(limits);
     for (std::size_t index = 0; index < std::size(cases); ++index) {
-        const TransferOutcome outcome = exchange(client, server.url("/" + std::to_string(index)));
+        const TransferOutcome outcome = get(client, server, "/" + std::to_string(index));
         EXPECT_EQ(codeOf(outcome), cases[index].code) << cases[index].reply.substr(0, 200);
         EXPECT_EQ(outcome.body, cases[index].body);
         EXPECT_EQ(outcome.response.has_value(), cases[index].code == 0);
@@ -113,63 +100,44 @@ TEST(HostileWireTests, replies_are_read_or_it_is_named_what_is_wrong_with_them) 
     printFaults("raw replies", std::size(cases), "each has its error or its body");
 }
 
-TEST(HostileWireTests, a_reply_that_breaks_off_at_any_byte_is_an_error) {
+TEST(HostileWireTests, a_reply_that_breaks_off_at_any_byte_is_an_error_and_one_that_trickles_in_is_whole) {
     const std::string replies[] = {
         ok + "Content-Type: application/json\r\nContent-Length: 12\r\n\r\n{\"jwt\":\"t2\"}",
         "HTTP/1.1 100 Continue\r\n\r\n" + chunked + "5\r\n{\"a\":\r\n2\r\n1}\r\n0\r\nX-A: b\r\n\r\n",
         gzip + "Content-Length: " + std::to_string(compressedZeros.size()) + "\r\n\r\n" + compressedZeros};
+    const std::string bodies[] = {"{\"jwt\":\"t2\"}", "{\"a\":1}", std::string(100'000, '\0')};
     LoopbackServer server([&replies](const Received& request) {
-        const std::size_t mark = request.target().find('-');
-        const std::string& reply = replies[std::stoul(request.target().substr(1))];
-        return Reply::bytes(reply.substr(0, std::stoul(request.target().substr(mark + 1)))).hangUp();
+        const std::string target = request.target(); // which reply, and how much of it
+        const std::string& reply = replies[std::stoul(target.substr(1))];
+        if (target.size() > 2) {
+            return Reply::bytes(reply.substr(0, std::stoul(target.substr(3)))).hangUp();
+        }
+        Reply trickling;
+        for (const char byte : reply) {
+            std::move(trickling).then(std::string(1, byte));
+        }
+        return trickling;
     });
     CurlTransport client;
+    const std::size_t rounds = faultCount(7, 700);
     std::size_t points = 0;
     for (std::size_t which = 0; which < std::size(replies); ++which) {
-        const auto cut = [&](std::size_t length) {
-            return exchange(client, server.url("/" + std::to_string(which) + "-" + std::to_string(length)));
-        };
-        const TransferOutcome whole = cut(replies[which].size());
-        EXPECT_EQ(codeOf(whole), 0);
-        for (std::size_t length = 0; length < replies[which].size(); ++length, ++points) {
-            const TransferOutcome outcome = cut(length);
+        const std::string path = "/" + std::to_string(which);
+        const std::size_t size = replies[which].size();
+        for (std::size_t length = 0; length <= size; ++length) {
+            const TransferOutcome outcome = get(client, server, path + "-" + std::to_string(length));
             // The very last byte, behind all that was announced, may be missing.
-            EXPECT_TRUE(codeOf(outcome) == -1005 ||
-                        (outcome.body == whole.body && length + 1 == replies[which].size()))
+            EXPECT_TRUE(outcome.body == bodies[which] ? length + 1 >= size
+                                                      : length < size && codeOf(outcome) == -1005)
                 << replies[which].substr(0, length);
+        }
+        points += size;
+        for (std::size_t round = 0; round < rounds; ++round) {
+            EXPECT_EQ(get(client, server, path).body, bodies[which]);
         }
     }
     printFaults("replies that break off", points, "no part taken for the whole");
-}
-
-TEST(HostileWireTests, a_reply_that_trickles_in_byte_by_byte_is_read_whole) {
-    const std::string reply = chunked + "5\r\n{\"a\":\r\n2\r\n1}\r\n0\r\n\r\n";
-    LoopbackServer server([&reply](const Received&) {
-        Reply bytes;
-        for (const char byte : reply) {
-            std::move(bytes).then(std::string(1, byte));
-        }
-        return bytes;
-    });
-    CurlTransport client;
-    const std::size_t count = faultCount(20, 2'000);
-    for (std::size_t index = 0; index < count; ++index) {
-        EXPECT_EQ(exchange(client, server.url()).body, "{\"a\":1}");
-    }
-    printFaults("replies that trickle in", count * reply.size(), "each read whole");
-}
-
-TEST(HostileWireTests, a_body_may_be_as_long_as_the_limit_and_no_byte_longer) {
-    CurlTransport::Limits limits;
-    limits.bodyBytes = faultCount(1 << 20, limits.bodyBytes);
-    const std::string body(limits.bodyBytes, 'x');
-    LoopbackServer server([&](const Received& request) {
-        return Reply::bytes(ok + "\r\n").then(body).then(request.target().substr(1)).hangUp();
-    });
-    CurlTransport client(limits);
-    EXPECT_EQ(exchange(client, server.url("/")).body.size(), body.size());
-    EXPECT_EQ(codeOf(exchange(client, server.url("/x"))), -1103);
-    printFaults("a body of " + std::to_string(body.size() + 1) + " bytes", 2, "refused at the last one");
+    printFaults("replies that trickle in", rounds * points, "each read whole");
 }
 
 TEST(HostileWireTests, a_server_that_falls_silent_anywhere_is_given_up) {
@@ -190,14 +158,13 @@ TEST(HostileWireTests, a_server_that_falls_silent_anywhere_is_given_up) {
     limits.idleTimeout = std::chrono::seconds(1);
     limits.transfersPerHost = std::size(replies);
     CurlTransport client(limits);
-    EXPECT_EQ(codeOf(exchange(client, server.url("/warm"))), 0);
+    EXPECT_EQ(codeOf(get(client, server, "/warm")), 0);
     // A token must not be refreshed twice, so a refresh is not repeated on a connection that was just closed.
-    EXPECT_EQ(codeOf(exchange(client, server.url("/refresh"), TransferLane::control)), -1005);
+    EXPECT_EQ(codeOf(refresh(client, server, "/refresh")), -1005);
     std::vector<std::future<TransferOutcome>> outcomes;
     for (std::size_t which = 0; which < std::size(replies); ++which) {
-        outcomes.push_back(std::async(std::launch::async, [&, which] {
-            return exchange(client, server.url("/" + std::to_string(which)));
-        }));
+        outcomes.push_back(std::async(
+            std::launch::async, [&, which] { return get(client, server, "/" + std::to_string(which)); }));
     }
     for (auto& outcome : outcomes) {
         EXPECT_EQ(codeOf(outcome.get()), -1001);
@@ -208,7 +175,7 @@ TEST(HostileWireTests, a_server_that_falls_silent_anywhere_is_given_up) {
     limits.idleTimeout = std::chrono::hours(1);
     limits.controlTimeout = std::chrono::milliseconds(100);
     CurlTransport patient(limits);
-    EXPECT_EQ(codeOf(exchange(patient, server.url("/0"), TransferLane::control)), -1001);
+    EXPECT_EQ(codeOf(refresh(patient, server, "/0")), -1001);
     printFaults("silent servers", outcomes.size() + 1, "each given up");
 }
 
@@ -221,8 +188,8 @@ TEST(HostileWireTests, what_follows_a_reply_is_never_the_next_request_s_reply) {
     CurlTransport client;
     const std::size_t count = faultCount(50, 5'000);
     for (std::size_t index = 0; index < count; ++index) {
-        EXPECT_EQ(exchange(client, server.url("/some")).body, "/some");
-        EXPECT_EQ(exchange(client, server.url("/next")).body, "/next");
+        EXPECT_EQ(get(client, server, "/some").body, "/some");
+        EXPECT_EQ(get(client, server, "/next").body, "/next");
     }
     printFaults("forged second replies", count, "none taken for a reply");
 }

@@ -3,9 +3,9 @@
 
 #include <algorithm>
 #include <atomic>
-#include <condition_variable>
 #include <cstdlib>
 #include <dlfcn.h>
+#include <limits>
 #include <netdb.h>
 #include <random>
 #include <thread>
@@ -16,28 +16,27 @@ namespace {
 /// Lookups of names that end in ".stuck.test" hang in this program until they are released, as with a name
 /// server that never answers; released, they fail.
 struct StuckLookups {
-    std::mutex mutex;
-    std::condition_variable changed;
-    std::size_t count = 0;
-    std::size_t releases = 0;
+    std::atomic<int> count = 0;
+    std::atomic<int> releases = 0;
 
-    void waitFor(std::size_t number) {
-        std::unique_lock lock(mutex);
-        changed.wait(lock, [this, number] { return count >= number; });
+    void change(std::atomic<int>& value, int by) {
+        value += by;
+        value.notify_all();
+    }
+    void waitFor(int least, int most = std::numeric_limits<int>::max()) {
+        for (int now = count; now < least || now > most; now = count) {
+            count.wait(now);
+        }
     }
     void release() {
-        std::unique_lock lock(mutex);
-        ++releases;
-        changed.notify_all();
-        changed.wait(lock, [this] { return count == 0; });
+        change(releases, 1);
+        waitFor(0, 0);
     }
     int hang() {
-        std::unique_lock lock(mutex);
-        ++count;
-        changed.notify_all();
-        changed.wait(lock, [this, before = releases] { return releases != before; });
-        --count;
-        changed.notify_all();
+        const int before = releases;
+        change(count, 1);
+        releases.wait(before);
+        change(count, -1);
         return EAI_NONAME;
     }
 };
@@ -188,7 +187,7 @@ TEST(RequestRaceTests, completions_may_end_everything) {
 
 TEST(RequestRaceTests, a_shutdown_tells_everyone_and_waits_for_nobody) {
     constexpr std::size_t count = 1'000;
-    constexpr std::size_t lookups = 20;
+    constexpr int lookups = 20;
     Wires wires;
     wires.expect(count);
     for (std::size_t index = 0; index < count; ++index) {

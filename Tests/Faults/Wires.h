@@ -12,8 +12,22 @@
 
 #include <algorithm>
 #include <atomic>
+#include <future>
 
 namespace teralune {
+
+/// Sends and waits.
+inline TransferOutcome exchange(CurlTransport& transport, URLRequest request,
+                                TransferLane lane = TransferLane::standard) {
+    std::promise<TransferOutcome> arrived;
+    const auto transfer = transport.send(std::move(request), lane, [&arrived](TransferOutcome outcome) {
+        arrived.set_value(std::move(outcome));
+    });
+    return arrived.get_future().get();
+}
+inline std::int64_t codeOf(const TransferOutcome& outcome) {
+    return outcome.error ? outcome.error->code : 0;
+}
 
 /// The real threads, the real engine and the real client, signed in with a stale token, against a server of
 /// the test. A path that begins with /held is answered after the release of its name.

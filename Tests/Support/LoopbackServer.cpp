@@ -1,82 +1,17 @@
 #include "Tests/Support/LoopbackServer.h"
 
 #include "Platform/Foundation/AsciiText.h"
-#include "Platform/Foundation/FatalError.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
+#include <boost/asio/read.hpp>
+#include <boost/asio/read_until.hpp>
+#include <boost/asio/write.hpp>
 
-#include <optional>
+#include <sstream>
 
 namespace teralune {
 
-namespace {
-
-/// The bytes that have come in on one connection and were not taken yet.
-class Input {
-public:
-    explicit Input(int socket) : socket_(socket) {}
-
-    /// Through the first occurrence of the mark; no value at the end of the connection.
-    std::optional<std::string> through(std::string_view mark) {
-        std::size_t found = 0;
-        while ((found = buffer_.find(mark)) == std::string::npos) {
-            if (!receive()) {
-                return std::nullopt;
-            }
-        }
-        return take(found + mark.size());
-    }
-
-    std::optional<std::string> exactly(std::size_t count) {
-        while (buffer_.size() < count) {
-            if (!receive()) {
-                return std::nullopt;
-            }
-        }
-        return take(count);
-    }
-
-private:
-    bool receive() {
-        char bytes[16 * 1024];
-        const ssize_t count = recv(socket_, bytes, sizeof bytes, 0);
-        buffer_.append(bytes, static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
-        return count > 0;
-    }
-
-    std::string take(std::size_t count) {
-        std::string taken = buffer_.substr(0, count);
-        buffer_.erase(0, count);
-        return taken;
-    }
-
-    int socket_;
-    std::string buffer_;
-};
-
-} // namespace
-
-int listenOnLoopback() {
-    const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    if (bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
-        listen(listener, SOMAXCONN) != 0) {
-        fatalError("There is no port left to listen at.");
-    }
-    return listener;
-}
-
-int portOf(int socket) {
-    sockaddr_in address{};
-    socklen_t size = sizeof address;
-    getsockname(socket, reinterpret_cast<sockaddr*>(&address), &size);
-    return ntohs(address.sin_port);
-}
+namespace asio = boost::asio;
+using asio::ip::tcp;
 
 std::string LoopbackServer::Request::target() const {
     const std::size_t begin = head.find(' ') + 1;
@@ -85,14 +20,12 @@ std::string LoopbackServer::Request::target() const {
 
 std::vector<std::string> LoopbackServer::Request::headers(std::string_view name) const {
     std::vector<std::string> values;
-    for (std::size_t begin = head.find('\n') + 1; begin < head.size();) {
-        const std::size_t end = head.find("\r\n", begin);
-        const std::string_view line = std::string_view(head).substr(begin, end - begin);
-        const std::size_t colon = std::min(line.find(':'), line.size());
-        if (!line.empty() && equalsIgnoringCase(line.substr(0, colon), name)) {
-            values.emplace_back(trimmed(line.substr(std::min(colon + 1, line.size()))));
+    std::istringstream lines(head);
+    for (std::string line; std::getline(lines >> std::ws, line, '\r');) {
+        const std::size_t colon = line.find(':');
+        if (colon != std::string::npos && equalsIgnoringCase(line.substr(0, colon), name)) {
+            values.emplace_back(trimmed(line.substr(colon + 1)));
         }
-        begin = end + 2;
     }
     return values;
 }
@@ -128,25 +61,22 @@ LoopbackServer::Reply&& LoopbackServer::Reply::hangUp() && {
 
 LoopbackServer::LoopbackServer(Script script)
     : script_(std::move(script))
-    , listener_(listenOnLoopback())
-    , port_(portOf(listener_))
     , accepting_([this] { accept(); }) {}
 
 LoopbackServer::~LoopbackServer() {
-    shutdown(listener_, SHUT_RDWR);
+    shutdown(listener_.native_handle(), SHUT_RDWR);
     accepting_.join();
-    close(listener_);
     std::unique_lock lock(mutex_);
     isEnding_ = true;
-    for (const int socket : sockets_) {
-        shutdown(socket, SHUT_RDWR);
+    for (tcp::socket& socket : sockets_) {
+        shutdown(socket.native_handle(), SHUT_RDWR);
     }
     changed_.notify_all();
     changed_.wait(lock, [this] { return sockets_.empty(); });
 }
 
 std::string LoopbackServer::url(std::string_view path) const {
-    return "http://127.0.0.1:" + std::to_string(port_) + std::string(path);
+    return "http://127.0.0.1:" + std::to_string(listener_.local_endpoint().port()) + std::string(path);
 }
 
 void LoopbackServer::release(const std::string& name) {
@@ -171,34 +101,34 @@ std::size_t LoopbackServer::connectionCount() const {
 }
 
 void LoopbackServer::accept() {
-    while (true) {
-        const int socket = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
-        if (socket < 0) {
-            return;
-        }
+    tcp::socket accepted(engine_);
+    for (boost::system::error_code end; !listener_.accept(accepted, end);) {
         const std::lock_guard lock(mutex_);
         ++connectionCount_;
-        sockets_.insert(socket);
-        std::thread([this, socket] {
-            serve(socket);
+        std::thread([this, socket = sockets_.insert(sockets_.end(), std::move(accepted))] {
+            serve(*socket);
             const std::lock_guard ending(mutex_);
             sockets_.erase(socket);
-            close(socket);
             changed_.notify_all();
         }).detach();
     }
 }
 
-void LoopbackServer::serve(int socket) {
-    Input input(socket);
-    while (auto head = input.through("\r\n\r\n")) {
-        Request request{*std::move(head), {}};
+void LoopbackServer::serve(tcp::socket& socket) {
+    boost::system::error_code end;
+    std::string input;
+    while (const std::size_t size = asio::read_until(socket, asio::dynamic_buffer(input), "\r\n\r\n", end)) {
+        Request request{input.substr(0, size), {}};
+        input.erase(0, size);
         const std::string length = request.header("Content-Length");
-        auto body = input.exactly(length.empty() ? 0 : std::stoul(length));
-        if (!body) {
+        const std::size_t bodySize = length.empty() ? 0 : std::stoul(length);
+        const std::size_t missing = bodySize - std::min(bodySize, input.size());
+        asio::read(socket, asio::dynamic_buffer(input), asio::transfer_exactly(missing), end);
+        if (end) {
             return;
         }
-        request.body = *std::move(body);
+        request.body = input.substr(0, bodySize);
+        input.erase(0, bodySize);
         {
             const std::lock_guard lock(mutex_);
             requests_.push_back(request);
@@ -210,19 +140,16 @@ void LoopbackServer::serve(int socket) {
     }
 }
 
-bool LoopbackServer::send(int socket, const Reply& reply) {
+bool LoopbackServer::send(tcp::socket& socket, const Reply& reply) {
     for (const Reply::Step& step : reply.steps_) {
         if (!step.held.empty()) {
             std::unique_lock lock(mutex_);
             changed_.wait(lock, [&] { return isEnding_ || released_.contains(step.held); });
         }
-        for (std::size_t sent = 0; sent < step.bytes.size();) {
-            const ssize_t count =
-                ::send(socket, step.bytes.data() + sent, step.bytes.size() - sent, MSG_NOSIGNAL);
-            if (count <= 0) {
-                return false;
-            }
-            sent += static_cast<std::size_t>(count);
+        boost::system::error_code end;
+        asio::write(socket, asio::buffer(step.bytes), end);
+        if (end) {
+            return false;
         }
     }
     return !reply.hangsUp_;

@@ -2,9 +2,13 @@
 
 #include "Platform/Http/HttpHeaders.h"
 
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/tcp.hpp>
+
 #include <condition_variable>
 #include <cstddef>
 #include <functional>
+#include <list>
 #include <mutex>
 #include <set>
 #include <string>
@@ -13,10 +17,6 @@
 #include <vector>
 
 namespace teralune {
-
-/// A socket that listens at a free port of 127.0.0.1; ends the program where that is impossible.
-int listenOnLoopback();
-int portOf(int socket);
 
 /// An HTTP server on 127.0.0.1 that sends exactly the bytes a test wants, right or wrong, and keeps exactly
 /// the bytes it received. Each connection has a thread; the script runs on it and may be called by several at
@@ -71,18 +71,19 @@ public:
 
 private:
     void accept();
-    void serve(int socket);
-    bool send(int socket, const Reply& reply);
+    void serve(boost::asio::ip::tcp::socket& socket);
+    bool send(boost::asio::ip::tcp::socket& socket, const Reply& reply);
 
     const Script script_;
-    const int listener_;
-    const int port_;
+    boost::asio::io_context engine_;
+    boost::asio::ip::tcp::acceptor listener_{engine_, {boost::asio::ip::address_v4::loopback(), 0}};
     mutable std::mutex mutex_;
     std::condition_variable changed_;
     bool isEnding_ = false;
     std::set<std::string> released_;
     std::vector<Request> requests_;
-    std::set<int> sockets_; ///< of the connections that last, each of which has a thread of its own
+    /// Of the connections that last, each of which has a thread of its own.
+    std::list<boost::asio::ip::tcp::socket> sockets_;
     std::size_t connectionCount_ = 0;
     std::thread accepting_;
 };
