@@ -61,7 +61,7 @@ TEST(RequestRaceTests, cancels_from_any_thread_meet_completions_once) {
         wires.expect(batch);
         std::vector<RequestHandle> handles(batch);
         std::atomic<std::size_t> sent = 0;
-        std::vector<std::thread> cancelling;
+        std::vector<std::jthread> cancelling;
         for (std::size_t thread = 0; thread < 4; ++thread) {
             cancelling.emplace_back([&, thread] {
                 // Each thread lags behind in its own way, so that cancels meet requests of every age, and now
@@ -84,9 +84,7 @@ TEST(RequestRaceTests, cancels_from_any_thread_meet_completions_once) {
             }
         }
         wires.expectEachToldOnce();
-        for (std::thread& thread : cancelling) {
-            thread.join();
-        }
+        cancelling.clear();
         EXPECT_EQ(wires.successes + wires.cancellations, batch);
         EXPECT_GT(wires.successes, 0U);
         cancelled += wires.cancellations;

@@ -65,7 +65,8 @@ protected:
         ASSERT_TRUE(world.repair()) << world.lastFailure;
         if (world.report.outcome == StoreRepairReport::Outcome::repaired) {
             ++repaired;
-            ASSERT_EQ(world.bytes(*world.report.damagedFile), damage.bytes) << "the old file changed";
+            ASSERT_EQ(TemporaryFolder::read(*world.report.damagedFile), damage.bytes)
+                << "the old file changed";
             ASSERT_GE(world.report.notes, damage.notes);
             ASSERT_GE(world.report.steps, damage.steps);
             savedNotes += world.report.notes;
@@ -138,20 +139,21 @@ TEST_F(StoreDamageTests, a_file_that_was_never_a_store_can_be_repaired) {
                     .execute("CREATE TABLE entries(id, other); INSERT INTO entries VALUES ('a', 1);"
                              "CREATE VIEW links AS WITH RECURSIVE endless(n) AS (SELECT 1 UNION ALL "
                              "SELECT n + 1 FROM endless) SELECT n AS entryID, n AS tagID FROM endless"));
-    expectAWayOutOfEach("file that was never a store", {{"", "nothing"},
-                                                        {"x", "a letter"},
-                                                        {std::string(5000, 'x'), "letters"},
-                                                        {std::string(65536, '\0'), "zeros"},
-                                                        {bytes.substr(0, 4096) + bytes, "a page too many"},
-                                                        {bytes.substr(4096), "a page too few"},
-                                                        {world.bytes(foreign), "another program's"}});
+    expectAWayOutOfEach("file that was never a store",
+                        {{"", "nothing"},
+                         {"x", "a letter"},
+                         {std::string(5000, 'x'), "letters"},
+                         {std::string(65536, '\0'), "zeros"},
+                         {bytes.substr(0, 4096) + bytes, "a page too many"},
+                         {bytes.substr(4096), "a page too few"},
+                         {TemporaryFolder::read(foreign), "another program's"}});
 }
 
 TEST_F(StoreDamageTests, a_log_that_was_cut_off_anywhere_gives_what_it_holds_even_beside_a_damaged_file) {
     world.open();
     world.merge(world.newList);
     const std::string file = world.bytes();
-    const std::string log = world.bytes(logFile);
+    const std::string log = TemporaryFolder::read(logFile);
     const std::string newState = world.state(true);
     ASSERT_GT(log.size(), 4096U);
     for (const std::string& damaged : {file, std::string(100, '\0') + file.substr(100), std::string()}) {
@@ -170,7 +172,7 @@ TEST_F(StoreDamageTests, a_log_that_was_cut_off_anywhere_gives_what_it_holds_eve
             ASSERT_TRUE(world.repair()) << world.lastFailure;
             repaired += world.report.outcome == StoreRepairReport::Outcome::repaired ? 1 : 0;
             if (isLost) {
-                ASSERT_EQ(world.bytes(world.report.damagedFile.value().string() + "-wal"), rest);
+                ASSERT_EQ(TemporaryFolder::read(world.report.damagedFile.value().string() + "-wal"), rest);
             } else if (length >= log.size()) {
                 ASSERT_EQ(world.state(true), newState) << "the last changes are in the log alone";
             }
@@ -184,7 +186,7 @@ TEST_F(StoreDamageTests, damaged_settings_are_refused_or_go_on_working) {
     world.openSettings();
     world.set(1);
     world.close();
-    const std::string settings = world.bytes(world.settingsFile);
+    const std::string settings = TemporaryFolder::read(world.settingsFile);
     for (std::size_t at = 0; at < settings.size(); at += at < 100 || isLong() ? 1 : 61) {
         std::string changed = settings;
         changed[at] = static_cast<char>(~changed[at]);
@@ -221,7 +223,7 @@ TEST_F(StoreDamageTests, a_disk_without_room_for_a_copy_costs_only_what_the_copy
         EXPECT_EQ(world.repair(), isRepaired) << world.lastFailure;
         disarmFault();
         EXPECT_EQ(world.report.notes, notes);
-        EXPECT_EQ(world.bytes(isRepaired ? *world.report.damagedFile : world.file), file);
+        EXPECT_EQ(TemporaryFolder::read(isRepaired ? *world.report.damagedFile : world.file), file);
     }
     EXPECT_THAT(world.lastFailure, testing::HasSubstr("File too large"));
 }
@@ -257,7 +259,7 @@ TEST_F(StoreDamageTests, a_store_that_can_not_be_opened_ends_the_library_and_not
         }
         chmod(folder.path().c_str(), 0700);
         EXPECT_EQ(world.bytes(), stored) << "left for a repair";
-        EXPECT_EQ(world.bytes(logFile), stored.empty() ? "what is left" : "");
+        EXPECT_EQ(TemporaryFolder::read(logFile), stored.empty() ? "what is left" : "");
         EXPECT_EQ(world.setting(), 1);
     }
     printFaults("store damaged or without permission", std::size(cases), "fatal message, nothing lost");

@@ -73,11 +73,11 @@ std::vector<Operation> storeOperations(StoreWorld& made) {
     const Scene damaged = scene(made, cached.bytes, [](World world) {
         world.execute("DROP INDEX entriesByProblem; CREATE TABLE planted(id)");
     });
-    const std::string version1 = StoreWorld::bytes(TERALUNE_TEST_VERSION1);
+    const std::string version1 = TemporaryFolder::read(TERALUNE_TEST_VERSION1);
     const Scene migrated = scene(made, version1, nothing);
     made.place();
     made.openSettings() && made.set(1) && made.close();
-    const std::string settings = StoreWorld::bytes(made.settingsFile);
+    const std::string settings = TemporaryFolder::read(made.settingsFile);
     const char* const store = StoreWorld::storeName;
     // clang-format off
     return {

@@ -189,11 +189,7 @@ public:
             std::ofstream(folder_ / name, std::ios::binary) << bytes;
         }
     }
-    std::string bytes() const { return bytes(file); }
-    static std::string bytes(const Path& of) {
-        std::ifstream stream(of, std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
+    std::string bytes() const { return TemporaryFolder::read(file); }
     static std::string listOf(int first, int last, const std::string& remark) {
         std::string list;
         for (int number = first; number < last; ++number) {

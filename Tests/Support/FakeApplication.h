@@ -71,17 +71,14 @@ public:
     std::string build = "42";
     std::int64_t orientation = 1;
     int logOutsTold = 0; ///< calls of userWasLoggedOut
-    std::shared_ptr<ExternalUserAgentSession> authorizationFlow;
 
     CrashReporterType* crashReporterService = &recordingCrashReporter;
     NetworkingType* networkingService = nullptr;
     UserAccountModelType* userAccountModelService = &fakeUserAccountModel;
-    SettingsPersistenceType* persistenceService = &settings;
     NetworkReachabilityType* networkReachabilityService = nullptr;
     NotebookSynchronizationJobType* notebookSynchronizationJobService = nullptr;
     DataController* dataControllerService = nullptr;
     LoggerType* loggerService = nullptr;
-    NoteDataFinderType* noteDataFinderService = nullptr;
 
     /// Runs every queue until all are idle.
     void run() { fakePlatform.run(); }
@@ -95,16 +92,12 @@ public:
     bool big() const override { return false; }
     std::int64_t currentOrientation() const override { return orientation; }
     void userWasLoggedOut() override { ++logOutsTold; }
-    std::shared_ptr<ExternalUserAgentSession> currentAuthorizationFlow() const override {
-        return authorizationFlow;
-    }
-    void setCurrentAuthorizationFlow(std::shared_ptr<ExternalUserAgentSession> flow) override {
-        authorizationFlow = std::move(flow);
-    }
+    std::shared_ptr<ExternalUserAgentSession> currentAuthorizationFlow() const override { return nullptr; }
+    void setCurrentAuthorizationFlow(std::shared_ptr<ExternalUserAgentSession>) override {}
 
     NetworkingType& networking() override { return given(networkingService); }
     UserAccountModelType& userAccountModel() override { return given(userAccountModelService); }
-    SettingsPersistenceType& persistence() override { return given(persistenceService); }
+    SettingsPersistenceType& persistence() override { return settings; }
     NetworkReachabilityType& networkReachability() override { return given(networkReachabilityService); }
     InterfaceDisplayConfigurationType& displayConfiguration() override {
         return given<InterfaceDisplayConfigurationType>(nullptr);
@@ -114,7 +107,7 @@ public:
     }
     DataController& dataController() override { return given(dataControllerService); }
     LoggerType& logger() override { return given(loggerService); }
-    NoteDataFinderType& noteDataFinder() override { return given(noteDataFinderService); }
+    NoteDataFinderType& noteDataFinder() override { return given<NoteDataFinderType>(nullptr); }
     const PlatformServices& platform() const override { return fakePlatform.services; }
 
 private:

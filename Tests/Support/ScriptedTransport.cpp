@@ -1,103 +1,77 @@
 #include "Tests/Support/ScriptedTransport.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace teralune {
 
-struct ScriptedTransport::Exchange {
-    URLRequest request;
-    TransferLane lane;
-    std::mutex mutex;
-    Completion completion; ///< empty once answered or dropped
-
-    Completion take() {
-        const std::lock_guard lock(mutex);
-        return std::exchange(completion, nullptr);
-    }
-};
-
+/// Drops its request when it ends, even after the transport has.
 class ScriptedTransport::Handle final : public Transfer {
 public:
-    explicit Handle(std::shared_ptr<Exchange> exchange) : exchange_(std::move(exchange)) {}
-    ~Handle() override { exchange_->take(); }
+    Handle(std::shared_ptr<Exchanges> exchanges, std::size_t index)
+        : exchanges_(std::move(exchanges))
+        , index_(index) {}
+    ~Handle() override { exchanges_->take(index_); }
 
 private:
-    std::shared_ptr<Exchange> exchange_;
+    std::shared_ptr<Exchanges> exchanges_;
+    std::size_t index_;
 };
 
-ScriptedTransport::ScriptedTransport(std::shared_ptr<DispatchQueue> queue, Script script)
-    : queue_(std::move(queue))
-    , script_(std::move(script)) {}
-
-ScriptedTransport::~ScriptedTransport() = default;
+HttpTransport::Completion ScriptedTransport::Exchanges::take(std::size_t index) {
+    const std::lock_guard lock(mutex);
+    return std::exchange(completions.at(index), nullptr);
+}
 
 std::unique_ptr<Transfer> ScriptedTransport::send(URLRequest request, TransferLane lane,
                                                   Completion completion) {
-    auto exchange = std::make_shared<Exchange>();
-    exchange->request = std::move(request);
-    exchange->lane = lane;
-    exchange->completion = std::move(completion);
     Script script;
     std::size_t index = 0;
     {
-        const std::lock_guard lock(mutex_);
-        index = exchanges_.size();
-        exchanges_.push_back(exchange);
+        const std::lock_guard lock(exchanges_->mutex);
+        index = exchanges_->requests.size();
+        exchanges_->requests.push_back(request);
+        exchanges_->lanes.push_back(lane);
+        exchanges_->completions.push_back(std::move(completion));
         script = script_;
     }
-    if (auto outcome = script ? script(exchange->request) : std::nullopt) {
+    if (auto outcome = script ? script(request) : std::nullopt) {
         answer(index, *std::move(outcome));
     }
-    return std::make_unique<Handle>(std::move(exchange));
+    return std::make_unique<Handle>(exchanges_, index);
 }
 
 void ScriptedTransport::setScript(Script script) {
-    const std::lock_guard lock(mutex_);
+    const std::lock_guard lock(exchanges_->mutex);
     script_ = std::move(script);
 }
 
 void ScriptedTransport::answer(std::size_t index, TransferOutcome outcome) {
-    std::shared_ptr<Exchange> exchange;
-    {
-        const std::lock_guard lock(mutex_);
-        exchange = exchanges_.at(index);
-    }
+    const std::lock_guard lock(exchanges_->mutex);
     if (outcome.response && outcome.response->url.empty()) {
-        outcome.response->url = exchange->request.url;
+        outcome.response->url = exchanges_->requests.at(index).url;
     }
-    queue_->async([exchange, outcome = std::move(outcome)]() mutable {
-        if (auto completion = exchange->take()) {
+    queue_->async([exchanges = exchanges_, index, outcome = std::move(outcome)]() mutable {
+        if (auto completion = exchanges->take(index)) {
             completion(std::move(outcome));
         }
     });
 }
 
 std::vector<URLRequest> ScriptedTransport::requests() const {
-    const std::lock_guard lock(mutex_);
-    std::vector<URLRequest> requests;
-    for (const auto& exchange : exchanges_) {
-        requests.push_back(exchange->request);
-    }
-    return requests;
+    const std::lock_guard lock(exchanges_->mutex);
+    return exchanges_->requests;
 }
 
 std::vector<TransferLane> ScriptedTransport::lanes() const {
-    const std::lock_guard lock(mutex_);
-    std::vector<TransferLane> lanes;
-    for (const auto& exchange : exchanges_) {
-        lanes.push_back(exchange->lane);
-    }
-    return lanes;
+    const std::lock_guard lock(exchanges_->mutex);
+    return exchanges_->lanes;
 }
 
 std::size_t ScriptedTransport::pendingCount() const {
-    const std::lock_guard lock(mutex_);
-    std::size_t count = 0;
-    for (const auto& exchange : exchanges_) {
-        const std::lock_guard exchangeLock(exchange->mutex);
-        count += exchange->completion ? 1 : 0;
-    }
-    return count;
+    const std::lock_guard lock(exchanges_->mutex);
+    return static_cast<std::size_t>(
+        std::ranges::count(exchanges_->completions, true, &Completion::operator bool));
 }
 
 TransferOutcome ScriptedTransport::reply(int status, std::string body, HttpHeaders headers) {

@@ -21,8 +21,7 @@ class ScriptedTransport final : public HttpTransport {
 public:
     using Script = std::function<std::optional<TransferOutcome>(const URLRequest&)>;
 
-    explicit ScriptedTransport(std::shared_ptr<DispatchQueue> queue, Script script = {});
-    ~ScriptedTransport() override;
+    explicit ScriptedTransport(std::shared_ptr<DispatchQueue> queue) : queue_(std::move(queue)) {}
 
     std::unique_ptr<Transfer> send(URLRequest request, TransferLane lane, Completion completion) override;
 
@@ -42,13 +41,20 @@ public:
     static TransferOutcome failure(HttpTransportError code);
 
 private:
-    struct Exchange;
     class Handle;
+    /// One of each for every request.
+    struct Exchanges {
+        std::mutex mutex;
+        std::vector<URLRequest> requests;
+        std::vector<TransferLane> lanes;
+        std::vector<Completion> completions; ///< empty once answered or dropped
+
+        Completion take(std::size_t index);
+    };
 
     const std::shared_ptr<DispatchQueue> queue_;
-    mutable std::mutex mutex_;
+    const std::shared_ptr<Exchanges> exchanges_ = std::make_shared<Exchanges>();
     Script script_;
-    std::vector<std::shared_ptr<Exchange>> exchanges_;
 };
 
 } // namespace teralune
