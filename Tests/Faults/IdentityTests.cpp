@@ -6,6 +6,7 @@
 #include "Tests/Faults/FaultCounts.h"
 #include "Tests/Faults/Wires.h"
 
+#include <boost/algorithm/string/replace.hpp>
 #include <boost/asio/ssl.hpp>
 #include <openssl/x509v3.h>
 
@@ -19,10 +20,6 @@ namespace {
 namespace asio = boost::asio;
 using service::Fault;
 using Received = LoopbackServer::Request;
-
-std::string hostOf(const LoopbackServer& server) {
-    return server.url("").substr(std::string_view("http://").size());
-}
 
 /// A TLS server whose certificate is for its address and signed by nobody but itself. It only shakes hands.
 class SelfSignedServer {
@@ -76,12 +73,6 @@ private:
     std::thread thread_;
 };
 
-std::string replacing(std::string text, std::string_view what, std::string_view with) {
-    for (std::size_t at = 0; (at = text.find(what, at)) != std::string::npos; at += with.size())
-        text.replace(at, what.size(), with);
-    return text;
-}
-
 TEST(IdentityTests, nothing_that_tells_who_asks_follows_a_redirect_to_another_origin) {
     // SELF is the origin that was asked, OTHER another one, NAME another name of the same machine.
     const auto locations = splitList(
@@ -103,14 +94,14 @@ TEST(IdentityTests, nothing_that_tells_who_asks_follows_a_redirect_to_another_or
             return LoopbackServer::Reply(307, "", {{"Location", other.url()}});
         const bool isLoop = target.size() == 2;
         std::string location(isLoop ? "0" : locations[std::stoul(target.substr(5))]);
-        location = replacing(location, "OTHER", hostOf(other));
-        location = replacing(location, "SELF", self);
-        location = replacing(location, "NAME", "localhost" + self.substr(self.find(':')));
-        location = replacing(location, "TLS", tls.host());
+        boost::replace_all(location, "OTHER", other.host());
+        boost::replace_all(location, "SELF", self);
+        boost::replace_all(location, "NAME", "localhost" + self.substr(self.find(':')));
+        boost::replace_all(location, "TLS", tls.host());
         return LoopbackServer::Reply(isLoop ? 302 : std::stoi(target.substr(1)), "",
                                      {{"Location", location}});
     });
-    self = hostOf(server);
+    self = server.host();
     CurlTransport transport;
     std::size_t points = 0;
     for (const int status : {301, 302, 303, 307, 308})
@@ -177,7 +168,7 @@ TEST(IdentityTests, a_control_character_never_reaches_a_header) {
         }
     wires.expectEachToldOnce();
     for (const Received& request : wires.server.requests()) {
-        const std::string lines = replacing(request.head, "\r\n", "");
+        const std::string lines = boost::replace_all_copy(request.head, "\r\n", "");
         EXPECT_TRUE(std::none_of(lines.begin(), lines.end(), [](char c) {
             return (c >= 0 && c < ' ') || c == '\x7f';
         })) << request.head;

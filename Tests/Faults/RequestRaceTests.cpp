@@ -1,7 +1,6 @@
 #include "Tests/Faults/FaultCounts.h"
 #include "Tests/Faults/Wires.h"
 
-#include <algorithm>
 #include <atomic>
 #include <cstdlib>
 #include <dlfcn.h>
@@ -141,8 +140,7 @@ TEST(RequestRaceTests, whatever_the_order_of_events_each_request_is_told_once) {
         host.run();
         for (std::size_t index = 0; index < transport.requests().size(); ++index, host.run())
             answer(index, 200);
-        EXPECT_TRUE(std::all_of(told.begin(), told.end(), [](int count) { return count == 1; }))
-            << "seed " << seed;
+        EXPECT_THAT(told, testing::Each(1)) << "seed " << seed;
         EXPECT_EQ(transport.pendingCount(), 0U) << "seed " << seed;
         sent += told.size();
     }
@@ -183,42 +181,36 @@ TEST(RequestRaceTests, completions_may_end_everything) {
                 std::to_string(2 * count) + " requests each, told once");
 }
 
-TEST(RequestRaceTests, a_shutdown_tells_everyone_and_waits_for_nobody) {
-    constexpr std::size_t count = 1'000;
-    constexpr int lookups = 20;
-    Wires wires;
-    wires.expect(count);
-    for (std::size_t index = 0; index < count; ++index) {
-        wires.send(index, index < lookups ? stuckHost(index) : wires.server.url("/held")).detach();
-    }
-    stuckLookups().waitFor(lookups);
-    wires.server.waitForRequests(6);
+TEST(RequestRaceTests, lookups_that_hang_hold_up_nobody_and_a_shutdown_tells_everyone_and_waits_for_nobody) {
+    CurlTransport::Limits limits;
+    limits.connectTimeout = std::chrono::seconds(2);
+    Wires wires(limits);
+    const auto sendAll = [&wires](std::size_t count, std::size_t lookups, const std::string& url) {
+        wires.expect(count);
+        for (std::size_t index = 0; index < count; ++index) {
+            wires.send(index, index < lookups ? stuckHost(index) : url).detach();
+        }
+    };
+    const std::size_t count = faultCount(100, 1'000);
+    sendAll(count, count / 10, wires.server.url());
+    wires.expectEachToldOnce();
+    EXPECT_EQ(wires.successes, count - count / 10);
+    stuckLookups().release();
+    printFaults("lookups that hang", count / 10, "given up, the other requests answered");
+
+    sendAll(1'000, 20, wires.server.url("/held"));
+    stuckLookups().waitFor(20);
+    wires.server.waitForRequests(count - count / 10 + 6);
     const auto begin = std::chrono::steady_clock::now();
     wires.manager.reset();
     wires.networking.reset();
     wires.application.fakePlatform.services.transport.reset();
     const std::chrono::duration<double, std::milli> taken = std::chrono::steady_clock::now() - begin;
     wires.expectEachToldOnce();
-    EXPECT_EQ(wires.cancellations, count);
+    EXPECT_EQ(wires.cancellations, 1'000U);
     stuckLookups().release();
-    printFaults("shutdown with requests under way", count,
-                "each told -999, in " + std::to_string(taken.count()) + " ms, with " +
-                    std::to_string(lookups) + " lookups stuck");
-}
-
-TEST(RequestRaceTests, a_lookup_that_hangs_is_given_up_and_holds_up_nobody) {
-    CurlTransport::Limits limits;
-    limits.connectTimeout = std::chrono::seconds(2);
-    Wires wires(limits);
-    const std::size_t count = faultCount(100, 1'000);
-    wires.expect(count);
-    for (std::size_t index = 0; index < count; ++index) {
-        wires.send(index, index % 10 == 0 ? stuckHost(index) : wires.server.url()).detach();
-    }
-    wires.expectEachToldOnce();
-    EXPECT_EQ(wires.successes, count - count / 10);
-    stuckLookups().release();
-    printFaults("lookups that hang", count / 10, "given up, the other requests answered");
+    printFaults("shutdown with requests under way", 1'000,
+                "each told -999, in " + std::to_string(taken.count()) + " ms, with 20 lookups stuck");
 }
 
 TEST(RequestRaceTests, a_process_may_exit_with_requests_under_way) {

@@ -8,9 +8,8 @@
 #include "Tests/Support/FakeApplication.h"
 #include "Tests/Support/LoopbackServer.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
-#include <algorithm>
 #include <atomic>
 #include <future>
 
@@ -39,7 +38,7 @@ public:
         services.queuePool = std::make_shared<QueuePool>(2, QueuePool::Priority::standard);
         services.httpDelegateQueue = services.queuePool->makeSerialQueue("http");
         services.transport = std::make_shared<CurlTransport>(limits);
-        application.constants.api = server.url("").substr(std::string_view("http://").size());
+        application.constants.api = server.host();
         application.constants.isHttps = false;
         application.fakeUserAccountModel.signIn("c1", "old");
         open();
@@ -80,7 +79,7 @@ public:
     void expectEachToldOnce() {
         EXPECT_TRUE(main->runUntil([this] { return told >= runs.size(); }, std::chrono::minutes(1)));
         main->drain();
-        EXPECT_TRUE(std::all_of(runs.begin(), runs.end(), [](int each) { return each == 1; }));
+        EXPECT_THAT(runs, testing::Each(1));
     }
 
     std::atomic<bool> refusesForEver = false;

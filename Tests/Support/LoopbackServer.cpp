@@ -75,8 +75,8 @@ LoopbackServer::~LoopbackServer() {
     changed_.wait(lock, [this] { return sockets_.empty(); });
 }
 
-std::string LoopbackServer::url(std::string_view path) const {
-    return "http://127.0.0.1:" + std::to_string(listener_.local_endpoint().port()) + std::string(path);
+std::string LoopbackServer::host() const {
+    return "127.0.0.1:" + std::to_string(listener_.local_endpoint().port());
 }
 
 void LoopbackServer::release(const std::string& name) {

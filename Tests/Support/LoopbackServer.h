@@ -62,7 +62,8 @@ public:
     explicit LoopbackServer(Script script);
     ~LoopbackServer();
 
-    std::string url(std::string_view path = "/") const;
+    std::string host() const;
+    std::string url(std::string_view path = "/") const { return "http://" + host() + std::string(path); }
     void release(const std::string& name);
     /// Waits until so many requests have come in.
     void waitForRequests(std::size_t count);
