@@ -77,7 +77,6 @@ TEST(HostileWireTests, replies_are_read_or_it_is_named_what_is_wrong_with_them) 
         {ok + repeated("X-A: 1\r\n", 125'000) + "\r\n", -1103},
         {repeated("HTTP/1.1 100 Continue\r\n\r\n", 40'000), -1103},
         {chunked + "2\r\nok\r\n0\r\n" + repeated("X-A: 1\r\n", 125'000), -1103},
-        {ok + "\r\n" + std::string(bodyLimit, 'x'), 0, std::string(bodyLimit, 'x')},
         {ok + "\r\n" + std::string(bodyLimit + 1, 'x'), -1103},
         {gzip + "\r\n" + compressedZeros, -1103},
         {gzip + "\r\nnonsense", -1016},
@@ -138,6 +137,19 @@ TEST(HostileWireTests, a_reply_that_breaks_off_at_any_byte_is_an_error_and_one_t
     }
     printFaults("replies that break off", points, "no part taken for the whole");
     printFaults("replies that trickle in", rounds * points, "each read whole");
+}
+
+TEST(HostileWireTests, a_body_may_be_as_long_as_the_limit_of_every_client_and_no_byte_longer) {
+    CurlTransport::Limits limits;
+    limits.bodyBytes = faultCount(1 << 20, limits.bodyBytes);
+    const std::string body(limits.bodyBytes, 'x');
+    LoopbackServer server([&](const Received& request) {
+        return Reply::bytes(ok + "\r\n").then(body).then(request.target().substr(1)).hangUp();
+    });
+    CurlTransport client(limits);
+    EXPECT_EQ(get(client, server).body.size(), body.size());
+    EXPECT_EQ(codeOf(get(client, server, "/x")), -1103);
+    printFaults("a body of " + std::to_string(body.size() + 1) + " bytes", 2, "refused at the last one");
 }
 
 TEST(HostileWireTests, a_server_that_falls_silent_anywhere_is_given_up) {
